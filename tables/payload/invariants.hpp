@@ -1,0 +1,272 @@
+#pragma once
+
+// What holds for every payload. A table states `static_assert(proved(TABLE))` beside its data; when a
+// rule is broken the compiler stops at the throw of that rule and prints its sentence.
+
+#include "payload/record.hpp"
+
+#include <algorithm>
+
+namespace marlune::tables {
+
+namespace invariants {
+
+constexpr void require(bool holds, const char *sentence) {
+  if (!holds) {
+    throw sentence;
+  }
+}
+
+constexpr bool has(KeyOrder order, Key key) { return std::ranges::count(order, key) == 1; }
+
+constexpr int ages_of(const Payload &table) { return table.omega - table.start_age + 1; }
+
+constexpr double certain(const Payload &table) { return static_cast<int>(table.unit); }
+
+// The number of entries that the list will have.
+constexpr int length_of(const Rates &rates) {
+  switch (rates.origin) {
+  case Rates::Origin::literal:
+    return static_cast<int>(rates.literals.size());
+  case Rates::Origin::levels: {
+    int ages = 0;
+    for (const Level &level : rates.levels) {
+      require(level.ages > 0, "a level of rates covers no age");
+      ages += level.ages;
+    }
+    return ages;
+  }
+  default:
+    return static_cast<int>(rates.base->rates.size());
+  }
+}
+
+// The entry at an index. Good for comparisons only: the rates that the import computes from a base
+// vector are rounded there, not here.
+constexpr Number rate_at(const Rates &rates, int index) {
+  switch (rates.origin) {
+  case Rates::Origin::literal:
+    return rates.literals[static_cast<std::size_t>(index)];
+  case Rates::Origin::levels: {
+    int last = -1;
+    for (const Level &level : rates.levels) {
+      last += level.ages;
+      if (index <= last) {
+        return level.rate;
+      }
+    }
+    throw "an age beyond the last level";
+  }
+  case Rates::Origin::shared:
+    return rates.base->rates[static_cast<std::size_t>(index)];
+  case Rates::Origin::proportional:
+    if (index + 1 == length_of(rates)) {
+      return 0.0;
+    }
+    [[fallthrough]];
+  case Rates::Origin::rounded:
+    return rates.base->rates[static_cast<std::size_t>(index)].value * rates.factor;
+  case Rates::Origin::capped: {
+    const double base = rates.base->rates[static_cast<std::size_t>(index)].value;
+    return base < 1.0 ? base * rates.factor : 1.0;
+  }
+  }
+  throw "an origin of rates that nobody has heard of";
+}
+
+constexpr bool within(double value, double low, double high) {
+  // False for every comparison with a NaN.
+  return value >= low && value <= high;
+}
+
+constexpr void prove_decrement_rates(const Payload &table, const Rates &rates, bool male) {
+  require(length_of(rates) == ages_of(table),
+          "the length of a decrement column is not omega - start_age + 1");
+  const int omega = ages_of(table) - 1;
+  for (int index = 0; index < omega; ++index) {
+    const Number rate = rate_at(rates, index);
+    require(!rate.integer, "an int before the last age of a decrement column");
+    require(within(rate.value, 0.0, certain(table)),
+            "a decrement rate is not a number between 0 and the certain decrement");
+    const bool filled_up = male && table.exceptions.male_certain_from &&
+                           table.start_age + index >= *table.exceptions.male_certain_from;
+    require((rate.value == certain(table)) == filled_up,
+            "the certain decrement stands below omega, where the table does not declare it");
+  }
+  const Number last = rate_at(rates, omega);
+  if (table.exceptions.last_decrement) {
+    require(last == *table.exceptions.last_decrement,
+            "the last decrement is not the one that the table declares as its exception");
+  } else if (table.table_type == TableType::disability) {
+    require(!last.integer && last.value > 0.0 && last.value < certain(table),
+            "a disability column does not end in an ordinary rate");
+  } else {
+    require(last == Number(certain(table)),
+            "a life or exit column does not end in the certain decrement, as a float");
+  }
+}
+
+constexpr void prove_improvement_rates(const Payload &table, const Rates &rates) {
+  require(length_of(rates) == ages_of(table),
+          "the length of an improvement column is not omega - start_age + 1");
+  const int omega = ages_of(table) - 1;
+  for (int index = 0; index <= omega; ++index) {
+    const Number rate = rate_at(rates, index);
+    require(!rate.integer, "an int in an improvement column");
+    require(within(rate.value, 0.0, 0.1), "an improvement rate is not a decimal from 0 to 0.1");
+  }
+  require(rate_at(rates, omega).value == 0.0, "an improvement column does not end in 0.0");
+}
+
+// Numbered durations ascending by one from 0 or 1, then "ult".
+constexpr void prove_durations(const Payload &table, const Column &column) {
+  require(table.select_period.has_value(), "select durations in a table that is not select");
+  const auto numbered = static_cast<std::size_t>(*table.select_period);
+  require(column.entries.size() == numbered + 1,
+          "the number of numbered durations is not the select period");
+  const int first = column.entries[0].label.number;
+  require(first == 0 || first == 1, "the first select duration is neither 0 nor 1");
+  for (std::size_t index = 0; index < numbered; ++index) {
+    require(column.entries[index].label == Label(first + static_cast<int>(index)),
+            "select durations do not ascend by one");
+  }
+  require(column.entries.back().label == Label::ult(), "select durations do not end in \"ult\"");
+}
+
+// A life or exit just selected has a lower rate than one selected long ago.
+constexpr void prove_select_rates(const Payload &table, const Column &column) {
+  const auto &declared = table.exceptions.ultimate_from;
+  require(declared.empty() || declared.size() + 1 == column.entries.size(),
+          "the table does not declare for every numbered duration from where it is ultimate");
+  const Rates &ultimate = column.entries.back().rates;
+  for (std::size_t duration = 0; duration + 1 < column.entries.size(); ++duration) {
+    const int ultimate_from = declared.empty() ? table.omega : declared[duration];
+    for (int age = table.start_age; age < table.omega; ++age) {
+      const double select_rate =
+          rate_at(column.entries[duration].rates, age - table.start_age).value;
+      const double ultimate_rate = rate_at(ultimate, age - table.start_age).value;
+      require(age < ultimate_from ? select_rate < ultimate_rate : select_rate == ultimate_rate,
+              "a select rate is not below the ultimate rate of its age");
+    }
+  }
+}
+
+constexpr void prove_decrement(const Payload &table, const Column &column, bool male) {
+  if (table.select_period) {
+    require(column.shape == Shape::select_mapping,
+            "a decrement column of a select table is not a select mapping");
+    prove_durations(table, column);
+    prove_select_rates(table, column);
+  } else {
+    require(column.shape == Shape::flat, "a decrement column of an aggregate table is not flat");
+  }
+  for (const Entry &entry : column.entries) {
+    prove_decrement_rates(table, entry.rates, male);
+  }
+}
+
+constexpr void prove_improvement(const Payload &table, const Column &column) {
+  require(table.formula.has_value(), "improvement rates in a table that is not generational");
+  switch (column.shape) {
+  case Shape::flat:
+    break;
+  case Shape::year_grid:
+    for (std::size_t year = 1; year < column.entries.size(); ++year) {
+      require(column.entries[year - 1].label.number < column.entries[year].label.number,
+              "the years of a grid do not ascend");
+    }
+    break;
+  case Shape::duration_grid:
+    prove_durations(table, column);
+    break;
+  case Shape::select_mapping:
+    throw "an improvement column is a select mapping";
+  }
+  require((*table.formula == Formula::projected) <= (column.shape == Shape::year_grid),
+          "projected improvement without a year for every rate");
+  require(column.shape == Shape::flat || *table.formula == Formula::projected ||
+              *table.formula == Formula::exponential,
+          "a linear or discrete improvement column is not flat");
+  for (const Entry &entry : column.entries) {
+    require(!entry.label.ultimate || column.shape == Shape::duration_grid,
+            "\"ult\" in a column without durations");
+    prove_improvement_rates(table, entry.rates);
+  }
+}
+
+constexpr bool has_column(const Payload &table, std::string_view prefix, char sex) {
+  return std::ranges::any_of(table.data, [&](const Column &column) {
+    return column.key.starts_with(prefix) && column.key.back() == sex;
+  });
+}
+
+constexpr void prove_columns(const Payload &table) {
+  const std::string_view decrement = table.table_type == TableType::life         ? "qx_"
+                                     : table.table_type == TableType::disability ? "ix_"
+                                                                                 : "ox_";
+  int decrements = 0;
+  for (const Column &column : table.data) {
+    require(column.key.size() == 4 && (column.key[3] == 'm' || column.key[3] == 'f'),
+            "a column key is not a symbol, an underscore and a sex");
+    require(std::ranges::count(table.data, column.key, &Column::key) == 1,
+            "two columns have the same key");
+    const char sex = column.key[3];
+    if (column.key.starts_with("mi_")) {
+      require(has_column(table, decrement, sex), "improvement rates without their decrement");
+      prove_improvement(table, column);
+      continue;
+    }
+    require(column.key.starts_with(decrement), "a column that the table type does not have");
+    require(!table.sex_independent || sex == 'm', "a female column in a sex-independent table");
+    require(!table.formula || has_column(table, "mi_", sex),
+            "a decrement of a generational table without its improvement rates");
+    ++decrements;
+    prove_decrement(table, column, sex == 'm');
+  }
+  require(decrements > 0, "a table without a decrement column");
+}
+
+constexpr void prove_metadata(const Payload &table) {
+  for (const Key key : table.order) {
+    require(has(table.order, key), "a metadata key stands twice");
+  }
+  for (const Key key :
+       {Key::table_name, Key::table_type, Key::generational, Key::decrement_scale_factor,
+        Key::omega, Key::start_age, Key::description}) {
+    require(has(table.order, key), "a metadata key that every table has is missing");
+  }
+  require(!table.attribute.empty() && !table.table_name.empty() && !table.description.empty(),
+          "a name or the description is empty");
+  const bool generational = table.formula.has_value();
+  const bool odd = table.exceptions.base_year_none_and_no_mi_scale_factor;
+  require(!(odd && generational), "a generational table without base year");
+  require(table.base_year.has_value() == generational,
+          "a base year without improvement rates, or improvement rates without a base year");
+  require(has(table.order, Key::base_year) == (generational || odd),
+          "the key order and the table disagree on base_year");
+  require(has(table.order, Key::mi_scale_factor) != odd,
+          "the key order and the table disagree on mi_scale_factor");
+  require(has(table.order, Key::generational_formula_type) == generational,
+          "the key order and the table disagree on generational_formula_type");
+  require(has(table.order, Key::select) == table.select_period.has_value() &&
+              has(table.order, Key::select_period) == table.select_period.has_value(),
+          "the key order and the table disagree on select and select_period");
+  require(has(table.order, Key::sex_independent) == table.sex_independent,
+          "the key order and the table disagree on sex_independent");
+  require(0 <= table.start_age && table.start_age < table.omega,
+          "start_age is not an age below omega");
+}
+
+} // namespace invariants
+
+constexpr bool proved(const Payload &table) {
+  invariants::prove_metadata(table);
+  invariants::require(table.data.empty() == table.data_source.has_value(),
+                      "a table has columns of its own or takes its data from elsewhere, not both");
+  if (!table.data_source) {
+    invariants::prove_columns(table);
+  }
+  return true;
+}
+
+} // namespace marlune::tables
