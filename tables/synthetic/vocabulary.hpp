@@ -1,0 +1,90 @@
+#pragma once
+
+// The vocabulary in which the synthetic tables are stated, each as one short statement: a kind of
+// decrement with its ages and base vectors, and the columns that the tables repeat. Synthetic tables
+// exist to exercise every shape that a consumer accepts; no rate of them is from a publication.
+
+#include "payload/record.hpp"
+
+#include "synthetic/base_vectors.hpp"
+
+namespace marlune::tables::synthetic {
+
+// A decrement with the ages and the base vectors that all its derived tables share.
+struct Kind {
+  TableType type;
+  std::string_view key_m;
+  std::string_view key_f;
+  const BaseVector &base_m;
+  const BaseVector &base_f;
+  int start_age;
+  int omega;
+};
+
+inline constexpr Kind life{TableType::life, "qx_m", "qx_f", qx_life, qx_life, 0, 100};
+inline constexpr Kind disability{TableType::disability, "ix_m", "ix_f", ix_m, ix_f, 20, 65};
+inline constexpr Kind exit{TableType::exit, "ox_m", "ox_f", ox_m, ox_f, 0, 100};
+
+// The same rate at every age below omega, then 0.0.
+constexpr Rates constant(const Kind &kind, double rate) {
+  return levels({{rate, kind.omega - kind.start_age}, {0.0, 1}});
+}
+
+// `young` below the age, `old` from it to omega, then 0.0.
+constexpr Rates step_at(const Kind &kind, int age, double young, double old) {
+  return levels({{young, age - kind.start_age}, {old, kind.omega - age}, {0.0, 1}});
+}
+
+// A year grid whose rate is the same at every age.
+struct YearRate {
+  int year;
+  double rate;
+};
+constexpr Column constant_years(std::string_view key, const Kind &kind,
+                                std::initializer_list<YearRate> rates) {
+  Column grid = year_grid(key, {});
+  for (const YearRate &of_year : rates) {
+    grid.entries.push_back({of_year.year, constant(kind, of_year.rate)});
+  }
+  return grid;
+}
+
+// A duration grid whose rate is the same at every age.
+constexpr Column constant_durations(std::string_view key, const Kind &kind, double duration_1,
+                                    double duration_2, double ultimate) {
+  return duration_grid(key, {{1, constant(kind, duration_1)},
+                             {2, constant(kind, duration_2)},
+                             {Label::ult(), constant(kind, ultimate)}});
+}
+
+// The base rates at a discount: certain decrement stays certain; disability rates, which have no
+// certain end, are rounded to seven places.
+constexpr Rates discounted(const Kind &kind, const BaseVector &base, double factor) {
+  return kind.type == TableType::disability ? rounded(base, factor) : capped(base, factor);
+}
+
+// 80 % of the base rates in the first policy year, 90 % in the second, then the base vector itself.
+constexpr Column select(std::string_view key, const Kind &kind, const BaseVector &base) {
+  return select_mapping(key, {{1, discounted(kind, base, 0.8)},
+                              {2, discounted(kind, base, 0.9)},
+                              {Label::ult(), shared(base)}});
+}
+
+constexpr Column aggregate_m(const Kind &kind) { return flat(kind.key_m, shared(kind.base_m)); }
+constexpr Column aggregate_f(const Kind &kind) { return flat(kind.key_f, shared(kind.base_f)); }
+constexpr Column select_m(const Kind &kind) { return select(kind.key_m, kind, kind.base_m); }
+constexpr Column select_f(const Kind &kind) { return select(kind.key_f, kind, kind.base_f); }
+
+// What all synthetic tables have in common; the name under which one is bound is its table_name.
+constexpr Payload table(std::string_view name, KeyOrder order, const Kind &kind,
+                        std::string_view description) {
+  return {.attribute = name,
+          .order = order,
+          .table_name = name,
+          .table_type = kind.type,
+          .omega = kind.omega,
+          .start_age = kind.start_age,
+          .description = description};
+}
+
+} // namespace marlune::tables::synthetic
