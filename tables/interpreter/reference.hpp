@@ -1,0 +1,57 @@
+#pragma once
+
+// Ownership of interpreter objects. A failed call of the interpreter's API becomes a C++ exception
+// here, and becomes a failure of the API again at the module's entry points, nowhere else.
+
+#include <Python.h>
+
+#include <utility>
+
+namespace marlune::tables {
+
+// The interpreter's error indicator is set; says nothing more, because the indicator does.
+struct ErrorSet {};
+
+inline void check(int result) {
+  if (result < 0) {
+    throw ErrorSet{};
+  }
+}
+
+// One owned reference to an object that exists.
+class Reference {
+public:
+  Reference() = default;
+
+  // Takes over a new reference, or throws when the call that should have made it failed.
+  static Reference steal(PyObject *object) {
+    if (object == nullptr) {
+      throw ErrorSet{};
+    }
+    return Reference(object);
+  }
+  static Reference borrow(PyObject *object) { return Reference(Py_NewRef(object)); }
+
+  Reference(Reference &&other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+  Reference &operator=(Reference &&other) noexcept {
+    Reference released(std::exchange(object_, std::exchange(other.object_, nullptr)));
+    return *this;
+  }
+  Reference(const Reference &) = delete;
+  Reference &operator=(const Reference &) = delete;
+  ~Reference() { Py_XDECREF(object_); }
+
+  [[nodiscard]] PyObject *get() const { return object_; }
+  [[nodiscard]] PyObject *release() { return std::exchange(object_, nullptr); }
+
+private:
+  explicit Reference(PyObject *object) : object_(object) {}
+
+  PyObject *object_ = nullptr;
+};
+
+inline void set_item(const Reference &dict, PyObject *key, PyObject *value) {
+  check(PyDict_SetItem(dict.get(), key, value));
+}
+
+} // namespace marlune::tables
