@@ -1,0 +1,186 @@
+// The module's entry, its create step and its exec step.
+
+#include "docstring.hpp"
+#include "interpreter/guard.hpp"
+#include "run_body.hpp"
+#include "state.hpp"
+
+#include <cstdint>
+
+namespace marlune::tables {
+
+namespace {
+
+constexpr const char *module_name = "data_tables";
+
+// All that is static and mutable. It is never destroyed: when the process ends, the interpreter is
+// gone before the C++ statics are.
+struct State {
+  std::int64_t interpreter = -1;
+  std::shared_ptr<const LiveModule> live;
+};
+
+State &state() {
+  static State *const state = new State;
+  return *state;
+}
+
+// ---- create step ----
+
+// The objects of the module belong to the interpreter that made them, and they are made once.
+void require_same_interpreter() {
+  const std::int64_t current = PyInterpreterState_GetID(PyInterpreterState_Get());
+  check(current < 0 ? -1 : 0);
+  if (state().interpreter == -1) {
+    state().interpreter = current;
+  }
+  if (state().interpreter != current) {
+    PyErr_SetString(PyExc_ImportError, "Interpreter change detected - this module can only be "
+                                       "loaded into one interpreter per process.");
+    throw ErrorSet{};
+  }
+}
+
+enum class IfNone : std::uint8_t { copy, leave_out };
+
+void copy_from_spec(PyObject *spec, const char *attribute, const Reference &dict, const char *name,
+                    IfNone if_none) {
+  PyObject *found = nullptr;
+  check(PyObject_GetOptionalAttrString(spec, attribute, &found));
+  if (found == nullptr) {
+    return;
+  }
+  const Reference value = Reference::steal(found);
+  if (found != Py_None || if_none == IfNone::copy) {
+    check(PyDict_SetItemString(dict.get(), name, found));
+  }
+}
+
+Reference new_module(PyObject *spec) {
+  const Reference name = Reference::steal(PyObject_GetAttrString(spec, "name"));
+  Reference module = Reference::steal(PyModule_NewObject(name.get()));
+  const Reference dict = Reference::borrow(PyModule_GetDict(module.get()));
+  copy_from_spec(spec, "loader", dict, "__loader__", IfNone::copy);
+  copy_from_spec(spec, "origin", dict, "__file__", IfNone::copy);
+  copy_from_spec(spec, "parent", dict, "__package__", IfNone::copy);
+  copy_from_spec(spec, "submodule_search_locations", dict, "__path__", IfNone::leave_out);
+  return module;
+}
+
+PyObject *create(PyObject *spec, PyModuleDef * /*definition*/) {
+  Reference module;
+  const bool created = succeeds([&] {
+    require_same_interpreter();
+    module = state().live ? Reference::borrow(state().live->module.get()) : new_module(spec);
+  });
+  return created ? module.release() : nullptr;
+}
+
+// ---- exec step ----
+
+void warn_of_other_version() {
+  const unsigned long running = Py_Version;
+  const auto major = static_cast<int>((running >> 24U) & 0xFFU);
+  const auto minor = static_cast<int>((running >> 16U) & 0xFFU);
+  if (major == PY_MAJOR_VERSION && minor == PY_MINOR_VERSION) {
+    return;
+  }
+  std::array<char, 200> text{};
+  PyOS_snprintf(text.data(), text.size(),
+                "compile time Python version %d.%d of module '%.100s' %s runtime version %d.%d",
+                PY_MAJOR_VERSION, PY_MINOR_VERSION, module_name, "does not match", major, minor);
+  check(PyErr_WarnEx(PyExc_RuntimeWarning, text.data(), 1));
+}
+
+// So that the functions' __module__, which is the short name, leads back to the module.
+void register_short_name(PyObject *module) {
+  PyObject *const modules = PyImport_GetModuleDict();
+  const Reference name = Reference::steal(PyUnicode_InternFromString(module_name));
+  const int registered = PyDict_Contains(modules, name.get());
+  check(registered);
+  if (registered == 0) {
+    check(PyDict_SetItem(modules, name.get(), module));
+  }
+}
+
+// How far the exec step has come, for the traceback of its failure.
+struct Progress {
+  int line = 0; // of the statement at work; 0 while the module has no literals
+};
+
+void bring_to_life(PyObject *module, Progress &progress) {
+  const auto live = std::make_shared<LiveModule>();
+  live->module = Reference::borrow(module);
+  state().live = live;
+  Reference builtins = Reference::steal(PyImport_AddModuleRef("builtins"));
+  check(PyObject_SetAttrString(module, "__builtins__", builtins.get()));
+  live->names = Namespace(Reference::borrow(PyModule_GetDict(module)), std::move(builtins));
+  warn_of_other_version();
+  live->literals = make_literals();
+  progress.line = __LINE__;
+  register_short_name(module);
+  progress.line = __LINE__;
+  live->builtins = Builtins::find(live->names);
+  run_body(*live, progress.line);
+}
+
+int abort_import(const Progress &progress) {
+  if (progress.line != 0) {
+    add_traceback("init data_tables", progress.line);
+  }
+  PyObject *const pending = PyErr_GetRaisedException();
+  state().live.reset();
+  if (pending != nullptr) {
+    PyErr_SetRaisedException(pending);
+  } else {
+    PyErr_SetString(PyExc_ImportError, "init data_tables");
+  }
+  return -1;
+}
+
+int exec(PyObject *module) {
+  if (state().live) {
+    if (state().live->module.get() == module) {
+      return 0;
+    }
+    PyErr_SetString(PyExc_RuntimeError, "Module 'data_tables' has already been imported. "
+                                        "Re-initialisation is not supported.");
+    return -1;
+  }
+  Progress progress;
+  return succeeds([&] { bring_to_life(module, progress); }) ? 0 : abort_import(progress);
+}
+
+PyModuleDef_Slot slots[] = {
+    {Py_mod_create, reinterpret_cast<void *>(create)},
+    {Py_mod_exec, reinterpret_cast<void *>(exec)},
+    {0, nullptr},
+};
+
+PyMethodDef no_methods[] = {{nullptr, nullptr, 0, nullptr}};
+
+PyModuleDef definition = {
+    .m_base = PyModuleDef_HEAD_INIT,
+    .m_name = module_name,
+    .m_doc = docstring,
+    .m_size = 0,
+    .m_methods = no_methods,
+    .m_slots = slots,
+    .m_traverse = nullptr,
+    .m_clear = nullptr,
+    .m_free = nullptr,
+};
+
+} // namespace
+
+std::shared_ptr<const LiveModule> live_module() {
+  if (!state().live) {
+    PyErr_SetString(PyExc_RuntimeError, "Module 'data_tables' is not initialised.");
+    throw ErrorSet{};
+  }
+  return state().live;
+}
+
+} // namespace marlune::tables
+
+PyMODINIT_FUNC PyInit_data_tables() { return PyModuleDef_Init(&marlune::tables::definition); }
