@@ -21,7 +21,7 @@ struct State {
 };
 
 State &state() {
-  static State *const state = new State;
+  static auto *const state = new State;
   return *state;
 }
 

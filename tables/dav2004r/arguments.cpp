@@ -2,6 +2,9 @@
 
 #include "interpreter/reference.hpp"
 
+#include <algorithm>
+#include <utility>
+
 namespace marlune::tables::dav2004r {
 
 namespace {
@@ -57,7 +60,7 @@ void require_list(const char *name, PyObject *value) {
 } // namespace
 
 TrendArguments trend_arguments(PyObject *const *values, Py_ssize_t count, PyObject *keywords) {
-  if (count > static_cast<Py_ssize_t>(names.size())) {
+  if (std::cmp_greater(count, names.size())) {
     refuse_count(count);
   }
   Values found{};

@@ -34,7 +34,8 @@ public:
 
   Reference(Reference &&other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
   Reference &operator=(Reference &&other) noexcept {
-    Reference released(std::exchange(object_, std::exchange(other.object_, nullptr)));
+    Reference moved(std::move(other));
+    std::swap(object_, moved.object_);
     return *this;
   }
   Reference(const Reference &) = delete;

@@ -156,12 +156,14 @@ constexpr void prove_decrement(const Payload &table, const Column &column, bool 
     require(column.shape == Shape::select_mapping,
             "a decrement column of a select table is not a select mapping");
     prove_durations(table, column);
-    prove_select_rates(table, column);
   } else {
     require(column.shape == Shape::flat, "a decrement column of an aggregate table is not flat");
   }
   for (const Entry &entry : column.entries) {
     prove_decrement_rates(table, entry.rates, male);
+  }
+  if (table.select_period) {
+    prove_select_rates(table, column);
   }
 }
 
@@ -200,10 +202,13 @@ constexpr bool has_column(const Payload &table, std::string_view prefix, char se
   });
 }
 
+constexpr std::string_view decrement_prefix(TableType type) {
+  constexpr std::array<std::string_view, 3> prefixes{"qx_", "ix_", "ox_"};
+  return prefixes[static_cast<std::size_t>(type)];
+}
+
 constexpr void prove_columns(const Payload &table) {
-  const std::string_view decrement = table.table_type == TableType::life         ? "qx_"
-                                     : table.table_type == TableType::disability ? "ix_"
-                                                                                 : "ox_";
+  const std::string_view decrement = decrement_prefix(table.table_type);
   int decrements = 0;
   for (const Column &column : table.data) {
     require(column.key.size() == 4 && (column.key[3] == 'm' || column.key[3] == 'f'),

@@ -285,6 +285,13 @@ private:
     return static_cast<Index>(lists.size() - 1);
   }
 
+  [[nodiscard]] constexpr Index label_of(const Column &column, Label label) const {
+    if (column.shape == Shape::flat) {
+      return constants.none();
+    }
+    return label.ultimate ? constants.of(std::string_view("ult")) : constants.of(label.number);
+  }
+
   constexpr void resolve(const Column &column) {
     ColumnRecipe recipe;
     recipe.key = constants.of(column.key);
@@ -292,10 +299,7 @@ private:
     recipe.first_entry = static_cast<Index>(entries.size());
     recipe.entries = static_cast<Index>(column.entries.size());
     for (const Entry &entry : column.entries) {
-      const Index label = column.shape == Shape::flat ? constants.none()
-                          : entry.label.ultimate      ? constants.of(std::string_view("ult"))
-                                                      : constants.of(entry.label.number);
-      entries.push_back({.label = label, .list = resolve(entry.rates)});
+      entries.push_back({.label = label_of(column, entry.label), .list = resolve(entry.rates)});
     }
     columns.push_back(recipe);
   }

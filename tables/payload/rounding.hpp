@@ -15,7 +15,8 @@ inline constexpr int rounding_places = 7;
 inline std::optional<double> round_clear_cut(double rate) {
   constexpr double scale = 1e7;
   constexpr double doubt = 1e-6;
-  if (!(rate >= 0.0 && rate <= 1.0)) {
+  const bool is_rate = rate >= 0.0 && rate <= 1.0; // not so for a NaN
+  if (!is_rate) {
     return std::nullopt;
   }
   const double scaled = rate * scale;

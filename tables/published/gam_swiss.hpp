@@ -9,7 +9,7 @@
 //   Odd        GAM71 ends in 0.999999, not 1.0. GAM71 and GAM83 have a base year of None and no
 //              mi_scale_factor. GAM94 stands at 0.5 from age 112 to 119.
 //   Checked    GAM83 and GAM94 against a second source: 2 of 692 values differ there, and the Society's
-//              values are kept.
+//              values are kept. GAM71: no second source on record.
 //   In doubt   the two values that differ: GAM83 female age 108 (0.694885 here, 0.694855 there) and
 //              GAM94 male age 104 (0.387885 there).
 //
