@@ -1,0 +1,35 @@
+"""Walks over the columns of payloads."""
+
+from marlune.tables.data_tables import REPO_TABLES
+
+PUBLISHED = list(REPO_TABLES)[:32]
+SYNTHETIC = list(REPO_TABLES)[32:]
+DECREMENT = {"life": "qx", "disability": "ix", "exit": "ox"}
+
+
+def lists_of(column):
+    """The lists of a column of any shape, each with the keys that lead to it."""
+    if isinstance(column, list):
+        return [((), column)]
+    return [((key,), rates) for key, rates in column.items()]
+
+
+def all_lists():
+    """Every list of every table: (table name, payload, path of keys, list)."""
+    for name, payload in REPO_TABLES.items():
+        for key, column in payload["data"].items():
+            for path, rates in lists_of(column):
+                yield name, payload, (key, *path), rates
+
+
+def differences(name, path, start_age, got, want, agrees=None):
+    """What differs between two lists, a line for each age: table, column, age, got, want."""
+    agrees = agrees or (lambda left, right: type(left) is type(right) and left == right)
+    lines = [
+        f"{name} {path} age {start_age + index}: got {left!r}, want {right!r}"
+        for index, (left, right) in enumerate(zip(got, want))
+        if not agrees(left, right)
+    ]
+    if len(got) != len(want):
+        lines.append(f"{name} {path}: {len(got)} ages, want {len(want)}")
+    return lines

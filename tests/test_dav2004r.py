@@ -1,0 +1,275 @@
+"""The DAV 2004 R functions and what they build."""
+
+from decimal import Decimal
+from fractions import Fraction
+
+import pytest
+from hypothesis import given
+from hypothesis import strategies as st
+
+import marlune.tables.data_tables as module
+from marlune.tables.data_tables import _DAV2004R_DATA as DATA
+from marlune.tables.data_tables import _build_dav2004r_data as build
+from marlune.tables.data_tables import _dav_mi_linear as blend
+
+YEARS = list(range(2004, 2025))
+
+
+def model(start, target):
+    """The blending in plain Python."""
+    grid = {2004: list(start)}
+    for year in range(2005, 2024):
+        weight = float(year - 2004) * 0.05
+        grid[year] = [s + weight * (t - s) for s, t in zip(start, target)]
+    grid[2024] = list(target)
+    return grid
+
+
+def bits(grid):
+    return {year: [(type(v), v.hex() if type(v) is float else v) for v in rates]
+            for year, rates in grid.items()}  # fmt: skip
+
+
+# ---- _dav_mi_linear ----
+
+
+def test_worked_values_bit_for_bit():
+    start = [0.03045921, 0.03043323]
+    target = [0.02275699, 0.02043855]
+    grid = blend(start, target)
+    assert [grid[year] for year in (2004, 2005, 2007, 2014, 2023, 2024)] == [
+        [0.03045921, 0.03043323],
+        [0.030074099, 0.029933495999999997],
+        [0.029303877, 0.028934027999999997],
+        [0.026608100000000003, 0.02543589],
+        [0.023142101, 0.020938284],
+        [0.02275699, 0.02043855],
+    ]
+
+
+def test_weights_are_products_not_quotients():
+    grid = blend([0.0], [1.0])
+    weights = [grid[year][0] for year in YEARS]
+    assert weights == [step * 0.05 for step in range(20)] + [1.0]
+    quotients = [year for year, weight in zip(YEARS, weights) if weight != (year - 2004) / 20]
+    assert quotients == [2004 + step for step in (3, 6, 7, 12, 14, 17, 19)]
+
+
+rates = st.floats(allow_nan=False, width=64) | st.integers(-(10**6), 10**6)
+
+
+@given(st.lists(rates, max_size=9), st.lists(rates, max_size=9))
+def test_any_two_lists_give_what_plain_python_gives(start, target):
+    before = list(start), list(target)
+    try:
+        want = model(start, target)
+    except OverflowError:
+        return
+    got = blend(mi_ziel=target, mi_start=start)
+    assert bits(got) == bits(want)
+    assert list(got) == YEARS and (start, target) == before
+    assert len({id(values) for values in [start, target, *got.values()]}) == 23
+
+
+def test_lengths_copies_and_shared_elements():
+    start, target = [0.1, 0.2, 0], [0.3]
+    grid = blend(start, target)
+    assert [len(grid[year]) for year in YEARS] == [3] + [1] * 19 + [1]
+    assert grid[2004] == start and grid[2004] is not start
+    assert all(copied is kept for copied, kept in zip(grid[2004], start))
+    assert blend([], [1.0])[2024] == [1.0] and blend([], []) == {year: [] for year in YEARS}
+    zero = blend([0], [0])
+    assert [type(zero[year][0]) for year in YEARS] == [int] + [float] * 19 + [int]
+    # The end is copied, not computed: that would give another double here.
+    begin, end = 0.052, 0.014
+    assert blend([begin], [end])[2024][0] is end and begin + 1.0 * (end - begin) != end
+
+
+class Logged:
+    """A number that logs what is done with it."""
+
+    def __init__(self, name, log):
+        self.name, self.log = name, log
+
+    def __sub__(self, other):
+        return self.result(f"{self.name} - {other.name}")
+
+    def __rmul__(self, other):
+        return self.result(f"{other!r} * {self.name}")
+
+    def __add__(self, other):
+        return self.result(f"{self.name} + {other.name}")
+
+    def result(self, operation):
+        self.log.append(operation)
+        return Logged(operation if "+" in operation else f"({operation})", self.log)
+
+
+def test_operations_and_their_order():
+    log = []
+    grid = blend([Logged("s", log)], [Logged("t", log)])
+    assert len(log) == 3 * 19
+    assert log[6:9] == [
+        "t - s",
+        "0.15000000000000002 * (t - s)",
+        "s + (0.15000000000000002 * (t - s))",
+    ]
+    assert grid[2007][0].name == log[8]
+
+
+def test_generic_numbers():
+    grid = blend([Fraction(1, 10)], [Fraction(3, 10)])
+    assert type(grid[2004][0]) is Fraction and type(grid[2005][0]) is float
+    assert grid[2014][0] == Fraction(1, 10) + 0.5 * Fraction(1, 5)
+    assert blend([1], [True])[2014] == [1.0] and blend([1j], [2])[2014] == [1 + 0.5j]
+    with pytest.raises(TypeError, match="unsupported operand type.*'float' and 'decimal.Decimal'"):
+        blend([Decimal("0.1")], [Decimal("0.3")])
+    with pytest.raises(TypeError, match="unsupported operand type.*'float' and 'NoneType'"):
+        blend([None], [0.1])
+
+
+class Listed(list):
+    pass
+
+
+COUNT = "_dav_mi_linear() takes exactly 2 positional arguments ({} given)"
+KIND = "Argument '{}' has incorrect type (expected list, got {})"
+
+
+@pytest.mark.parametrize(
+    ("positional", "keywords", "message"),
+    [
+        ((), {}, COUNT.format(0)),
+        (([],), {}, COUNT.format(1)),
+        (([], [], []), {}, COUNT.format(3)),
+        (([], [], []), {"mi_ziel": []}, COUNT.format(3)),
+        ((), {"mi_ziel": []}, COUNT.format(0)),
+        ((), {"mi_start": []}, COUNT.format(1)),
+        (([],), {"ziel": []}, "_dav_mi_linear() got an unexpected keyword argument 'ziel'"),
+        (([], []), {"x": 1}, "_dav_mi_linear() got an unexpected keyword argument 'x'"),
+        (
+            ([],),
+            {"mi_start": []},
+            "_dav_mi_linear() got multiple values for keyword argument 'mi_start'",
+        ),
+        ((None, []), {}, KIND.format("mi_start", "NoneType")),
+        (([], (1.0,)), {}, KIND.format("mi_ziel", "tuple")),
+        ((1, 2), {}, KIND.format("mi_start", "int")),
+        ((Listed(), []), {}, KIND.format("mi_start", "Listed")),
+        (([],), {"mi_ziel": Listed()}, KIND.format("mi_ziel", "Listed")),
+    ],
+)
+def test_wrong_arguments_are_refused(positional, keywords, message):
+    with pytest.raises(TypeError) as caught:
+        blend(*positional, **keywords)
+    assert str(caught.value) == message
+    notes = getattr(caught.value, "__notes__", [])
+    assert len(notes) == ("Listed" in message)
+    assert all("ubclasses of built-in types are deliberately rejected" in note for note in notes)
+
+
+def test_name_longer_than_the_message_allows_is_cut():
+    long = type("L" * 300, (), {})
+    with pytest.raises(TypeError) as caught:
+        blend(long(), [])
+    assert str(caught.value) == KIND.format("mi_start", "L" * 200)
+
+
+# ---- _build_dav2004r_data ----
+
+
+def test_layout():
+    assert list(DATA) == ["Agg_1o", "Agg_2o", "SelUlt_1o", "SelUlt_2o"]
+    for name, table in DATA.items():
+        assert list(table) == ["qx_m", "qx_f", "MI_m", "MI_f"]
+        assert getattr(module, f"DAV2004R_{name}")["data"] is table
+
+
+def test_telling_rows_of_the_literal_columns():
+    aggregate, select = (lambda order: DATA[f"Agg_{order}"]), (lambda order: DATA[f"SelUlt_{order}"])
+    for rates, row in (
+        (aggregate("1o")["qx_m"], [0.003439, 0.000317, 0.005299, 0.278816, 0.601976, 0.6204, 1]),
+        (aggregate("1o")["qx_f"], [0.002694, 0.00028, 0.003145, 0.229739, 0.555969, 0.576942, 1]),
+        (aggregate("2o")["qx_m"], [0.004076, 0.000375, 0.006281, 0.330487, 0.713536, 0.735375, 1]),
+        (aggregate("2o")["qx_f"], [0.003226, 0.000335, 0.003766, 0.275117, 0.665783, 0.690898, 1]),
+        (select("1o")["qx_m"]["ult"], [0.002546, 0.000234, 0.007226, 0.278816, 0.601976, 0.6204, 1]),
+        (select("1o")["qx_f"]["ult"], [0.002549, 0.000265, 0.004121, 0.229739, 0.555969, 0.576942, 1]),
+        (select("2o")["qx_m"]["ult"], [0.003018, 0.000278, 0.008565, 0.330487, 0.713536, 0.735375, 1]),
+        (select("2o")["qx_f"]["ult"], [0.003053, 0.000317, 0.004935, 0.275117, 0.665783, 0.690898, 1]),
+    ):  # fmt: skip
+        got = [rates[age] for age in (0, 1, 60, 100, 119, 120, 121)]
+        assert got == row and type(got[-1]) is int
+    trends = [DATA["Agg_1o"][key][60] for key in ("MI_m", "MI_f")]
+    trends += [DATA["Agg_2o"][key][year][60] for year in (2004, 2024) for key in ("MI_m", "MI_f")]
+    assert trends == [0.02479571, 0.02424808, 0.02223622, 0.02169, 0.01434552, 0.01622323]
+
+
+def test_second_order_improvement_is_the_blend_of_its_trends():
+    for key in ("MI_m", "MI_f"):
+        grid = DATA["Agg_2o"][key]
+        assert bits(grid) == bits(model(grid[2004], grid[2024]))
+        ends = [grid[year][121] for year in YEARS]
+        assert [type(end) for end in ends] == [int] + [float] * 19 + [int] and not any(ends)
+
+
+FACTORS = {"qx_m": (0.670538, 0.876209), "qx_f": (0.712823, 0.79823)}
+
+
+def test_select_durations_are_the_ultimate_rates_times_the_factors():
+    for order in ("SelUlt_1o", "SelUlt_2o"):
+        for key, (first, later) in FACTORS.items():
+            mapping = DATA[order][key]
+            assert list(mapping) == [1, 2, 3, 4, 5, "ult"]
+            for duration in range(1, 6):
+                factor = first if duration == 1 else later
+                assert mapping[duration] == [rate * factor for rate in mapping["ult"]]
+                assert mapping[duration][121] == factor and type(mapping[duration][121]) is float
+    assert DATA["SelUlt_1o"]["qx_m"][1][0] == 0.001707189748
+    assert DATA["SelUlt_1o"]["qx_m"][2][0] == 0.002230828114
+    assert DATA["SelUlt_2o"]["qx_f"][1][0] == 0.002176248619
+
+
+def lists_in(data):
+    if isinstance(data, list):
+        return {id(data): data}
+    return {key: value for item in data.values() for key, value in lists_in(item).items()}
+
+
+def test_every_call_builds_anew():
+    again = build()
+    assert again == DATA and again is not DATA
+    assert not lists_in(again).keys() & lists_in(DATA).keys()
+    assert again["SelUlt_2o"]["MI_f"] is again["Agg_2o"]["MI_f"]
+    with pytest.raises(TypeError, match=r"_build_dav2004r_data\(\) takes no arguments"):
+        build(1)
+    with pytest.raises(TypeError, match="takes no keyword arguments"):
+        build(x=1)
+
+
+def test_blending_is_looked_up_at_the_call(monkeypatch):
+    calls = []
+
+    def replaced(start, target):
+        calls.append((start[0], target[23], len(start), len(target)))
+        return len(calls)
+
+    monkeypatch.setattr(module, "_dav_mi_linear", replaced)
+    data = build()
+    assert [data[order][key] for order in ("Agg_2o", "SelUlt_2o") for key in ("MI_m", "MI_f")] == [
+        1, 2, 1, 2
+    ]  # fmt: skip
+    assert calls == [(0.03045921, 0.02043855, 122, 122), (0.03045921, 0.02271861, 122, 122)]
+    monkeypatch.delattr(module, "_dav_mi_linear")
+    with pytest.raises(NameError, match="^name '_dav_mi_linear' is not defined$"):
+        build()
+    import builtins
+
+    monkeypatch.setattr(builtins, "_dav_mi_linear", replaced, raising=False)
+    assert build()["Agg_2o"]["MI_m"] == 3
+
+
+def test_builtins_of_the_import_are_kept(monkeypatch):
+    import builtins
+
+    monkeypatch.delattr(builtins, "zip")
+    assert len(blend([0.1], [0.2])) == 21

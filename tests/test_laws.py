@@ -1,0 +1,244 @@
+"""Laws that tie published tables together, and so find a wrong digit.
+
+A law states for how many ages it held, so that it cannot pass because it met nothing.
+"""
+
+import math
+from fractions import Fraction
+
+import pytest
+from columns import differences
+
+from marlune.tables.data_tables import REPO_TABLES
+
+
+def data(name):
+    return REPO_TABLES[name]["data"]
+
+
+def exact(rate):
+    """The decimal number that a rate is written as."""
+    return Fraction(repr(rate))
+
+
+def hold(name, path, start_age, got, want, tolerance, cases):
+    """The law `got == want` holds within a tolerance, for as many ages as stated."""
+    wrong = differences(
+        name, path, start_age, got, want,
+        lambda left, right: abs(exact(left) - right) <= Fraction(tolerance),
+    )  # fmt: skip
+    assert not wrong, "\n".join(map(str, wrong))
+    assert len(got) == cases
+
+
+@pytest.mark.parametrize("sex", "fm")
+@pytest.mark.parametrize(
+    ("derived", "base", "factor", "cases"),
+    [
+        ("PASEM2020_Dec_2o", "PASEM2020_Gen_2o", "1.6", 100),
+        ("PASEM2020_Rel_1o", "PASEM2020_Gen_2o", "1.101875", 109),
+        ("PASEM2020_NoRel_1o", "PASEM2020_Gen_2o", "1.155", 108),
+        ("PASEM2020_Dec_1o", "PASEM2020_Dec_2o", "1.101875", 108),
+    ],
+)
+def test_pasem_tables_are_multiples_of_each_other(derived, base, factor, cases, sex):
+    # Below the age from which the derived table is capped. Both are rounded to four decimals.
+    key = f"qx_{sex}"
+    want = [exact(rate) * Fraction(factor) for rate in data(base)[key][:cases]]
+    hold(derived, key, 0, data(derived)[key][:cases], want, "0.00015", cases)
+
+
+@pytest.mark.parametrize("order", ["1o", "2o"])
+@pytest.mark.parametrize("sex", "fm")
+def test_per_individual_rate_is_the_collective_one_of_the_age_before(sex, order):
+    key = f"qx_{sex}"
+    individual, collective = data(f"PER2020_Ind_{order}")[key], data(f"PER2020_Col_{order}")[key]
+    hold(f"PER2020_Ind_{order}", key, 11, individual[11:86], map_exact(collective[10:85]), 0, 75)
+    assert individual[:11] == collective[:11] and individual[97:] == collective[97:]
+    assert all(young != old for young, old in zip(individual[11:86], collective[11:86]))
+
+
+def map_exact(rates):
+    return [exact(rate) for rate in rates]
+
+
+# The age up to which the technical loading is 9.75 %, and the loading from age 97.
+LOADING = {"f": (70, "0.065"), "m": (59, "0.07")}
+
+
+@pytest.mark.parametrize("kind", ["Col", "Ind"])
+@pytest.mark.parametrize("sex", "fm")
+def test_per_first_order_is_second_order_less_the_technical_loading(sex, kind):
+    """The loading is printed in hundredths of a per cent and depends on the age."""
+    key = f"qx_{sex}"
+    name = f"PER2020_{kind}_1o"
+    first, second = data(name)[key], data(f"PER2020_{kind}_2o")[key]
+    young, old = LOADING[sex]
+    young += kind == "Ind"
+    loadings = [1 - exact(rate) / exact(base) for rate, base in zip(first, second[:-1])]
+    printed = [Fraction(round(loading * 10_000), 10_000) for loading in loadings]
+    want = [exact(base) * (1 - loading) for base, loading in zip(second, printed)]
+    # The product has up to seven decimals.
+    hold(name, key, 0, first[:118], want, "0.00000005", 118)
+    assert printed[: young + 1] == [Fraction("0.0975")] * (young + 1)
+    assert printed[97:] == [Fraction(old)] * 21
+    assert all(loading < Fraction("0.0975") for loading in printed[young + 1 :])
+    # At the omega of the second order the first order stands at the loaded certainty.
+    assert exact(first[118]) == 1000 * (1 - Fraction(old))
+
+
+@pytest.mark.parametrize("kind", ["Col", "Ind"])
+@pytest.mark.parametrize("sex", "fm")
+def test_per_first_order_improvement_exceeds_second_order_by_at_most_half_a_per_cent(sex, kind):
+    key = f"mi_{sex}"
+    first, second = data(f"PER2020_{kind}_1o")[key], data(f"PER2020_{kind}_2o")[key]
+    margins = [exact(high) - exact(low) for high, low in zip(first, second)]
+    assert margins[:9] == [Fraction("0.005")] * 9 and max(margins) == Fraction("0.005")
+    falling = [high >= low for high, low in zip(margins, margins[1:])]
+    assert all(falling) and len(falling) == 118
+
+
+@pytest.mark.parametrize(
+    ("second", "first"),
+    [("Agg_2o", "Agg_1o"), ("SelUlt_2o", "SelUlt_1o")],
+)
+@pytest.mark.parametrize(("sex", "constant"), [("m", "0.843652"), ("f", "0.83506")])
+def test_dav_first_order_is_a_constant_multiple_of_second_order(second, first, sex, constant):
+    key = f"qx_{sex}"
+    columns = [data(f"DAV2004R_{order}")[key] for order in (first, second)]
+    got, base = ([*c["ult"]] if isinstance(c, dict) else c for c in columns)
+    want = [exact(rate) * Fraction(constant) for rate in base[:121]]
+    # Half a unit of the sixth decimal in either table, and of the constant's own.
+    hold(f"DAV2004R_{first}", key, 0, got[:121], want, "0.00000146", 121)
+
+
+@pytest.mark.parametrize("order", ["1o", "2o"])
+@pytest.mark.parametrize("sex", "fm")
+def test_dav_ultimate_rates_are_the_aggregate_ones_from_age_100(sex, order):
+    ultimate = data(f"DAV2004R_SelUlt_{order}")[f"qx_{sex}"]["ult"]
+    aggregate = data(f"DAV2004R_Agg_{order}")[f"qx_{sex}"]
+    assert ultimate[100:] == aggregate[100:] and len(ultimate[100:]) == 22
+    equal = [age for age in range(100) if ultimate[age] == aggregate[age]]
+    assert equal == ([38] if (order, sex) == ("2o", "f") else [])
+
+
+def test_dav_trends_are_constant_at_young_and_old_ages():
+    first, second = data("DAV2004R_Agg_1o"), data("DAV2004R_Agg_2o")
+    for rates, young, low, high, old in (
+        (first["MI_m"], 0.03303985, 23, 96, 0.01257878),
+        (first["MI_f"], 0.03303985, 23, 98, 0.01257878),
+        (second["MI_m"][2004], 0.03045921, 23, 96, 0.01005034),
+        (second["MI_f"][2004], 0.03045921, 23, 98, 0.01005034),
+        (second["MI_m"][2024], 0.02275699, 22, 89, 0.00752827),
+        (second["MI_f"][2024], 0.02275699, 23, 98, 0.00752827),
+    ):
+        assert set(rates[:low]) == {young} and set(rates[high + 1 : 121]) == {old}
+        assert young not in rates[low : high + 1] and old not in rates[low : high + 1]
+
+
+def annual(rate):
+    """The annual reduction of mortality that a trend, a force, stands for."""
+    return 1 - math.exp(-rate)
+
+
+@pytest.mark.parametrize("sex", "mf")
+def test_dav_trends_follow_from_the_start_trend(sex):
+    """First order: 0.25 percentage points more a year. Target: three quarters of it.
+
+    The male target trend is taken from a start trend lower by 0.3 points and has a floor.
+    """
+    start = data("DAV2004R_Agg_2o")[f"MI_{sex}"][2004][:121]
+    first = data("DAV2004R_Agg_1o")[f"MI_{sex}"][:121]
+    target = data("DAV2004R_Agg_2o")[f"MI_{sex}"][2024][:121]
+    wrong = differences(
+        "DAV2004R_Agg_1o", f"MI_{sex}", 0, list(map(annual, first)),
+        [annual(rate) + 0.0025 for rate in start], lambda got, want: abs(got - want) < 1.1e-8,
+    )  # fmt: skip
+    lower, from_age = (0.003, 23) if sex == "m" else (0.0, 0)
+    wrong += differences(
+        "DAV2004R_Agg_2o", f"MI_{sex} 2024", from_age, list(map(annual, target[from_age:])),
+        [max(0.75 * (annual(rate) - lower), 0.0075) for rate in start[from_age:]],
+        lambda got, want: abs(got - want) < 1.1e-8,
+    )  # fmt: skip
+    assert not wrong, "\n".join(wrong)
+    assert len(first) == len(target) == 121
+
+
+@pytest.mark.parametrize(
+    ("name", "sex", "first_age"),
+    [("CB_H_2020", "m", 0), ("MI_H_2020", "m", 0), ("B_M_2020", "f", 0), ("MI_M_2020", "f", 0),
+     ("RV_M_2020", "f", 20)],
+)  # fmt: skip
+def test_cmf_improvement_runs_out_above_90_and_converges_by_2036(name, sex, first_age):
+    grid = data(name)[f"mi_{sex}"]
+    at_90 = 90 - first_age
+    for year, factors in grid.items():
+        base = exact(factors[at_90])
+        want = [Fraction(round(base * (15 - k) / 15 * 10**6), 10**6) for k in range(16)] + [0] * 5
+        hold(name, year, 90, factors[at_90:], want, 0, 21)
+    assert grid[2036][: at_90 + 1] == [0.01] * (at_90 + 1)
+    # Along the years a factor is a cubic, so that its fourth differences are rounding alone: at most
+    # half a millionth times 1 + 4 + 6 + 4 + 1.
+    years = [[round(exact(factor) * 10**6) for factor in factors] for factors in grid.values()]
+    checked = 0
+    for age in range(at_90 + 1):
+        series = [factors[age] for factors in years]
+        for _ in range(4):
+            series = [then - now for now, then in zip(series, series[1:])]
+        assert max(map(abs, series)) <= 8, (name, age + first_age, series)
+        checked += len(series)
+    assert checked == (at_90 + 1) * 12
+
+
+def test_cmf_factors_are_those_of_the_sex():
+    assert data("CB_H_2020")["mi_m"] == data("MI_H_2020")["mi_m"]
+    assert data("B_M_2020")["mi_f"] == data("MI_M_2020")["mi_f"]
+    annuities, life = data("RV_M_2020")["mi_f"], data("B_M_2020")["mi_f"]
+    assert annuities == {year: factors[20:] for year, factors in life.items()}
+
+
+def test_cmf_worked_example_of_the_supervisor():
+    rate = data("CB_H_2020")["qx_m"][65]
+    factors = [data("CB_H_2020")["mi_m"][year][65] for year in (2021, 2022)]
+    assert (rate, factors) == (0.00887369, [0.020144, 0.019426])
+    assert round(rate * (1 - factors[0]) * (1 - factors[1]), 7) == 0.0085260
+
+
+@pytest.mark.parametrize("sex", "mf")
+def test_am92_select_rates_rise_with_duration_and_end_in_the_ultimate_ones(sex):
+    column = data("AM92_AF92")[f"qx_{sex}"]
+    first, second, ultimate = column[0], column[1], column["ult"]
+    rising = [first[i] < second[i] < ultimate[i] for i in range(91 - 17)]
+    assert all(rising) and len(rising) == 74
+    assert first[91 - 17 :] == ultimate[91 - 17 :]
+    assert second[91 - 17] < ultimate[91 - 17] and second[92 - 17 :] == ultimate[92 - 17 :]
+
+
+def test_gam94_scale_ends_at_100():
+    for key in ("mi_m", "mi_f"):
+        factors = data("GAM94_AA")[key]
+        assert set(factors[100:]) == {0.0} and len(factors[100:]) == 20
+        assert min(factors[:100]) >= 0.001
+
+
+def test_social_security_tables_agree_where_they_should():
+    assert data("IASS90")["ix_m"] == data("SS90ABS")["ix_m"] != data("SS90TOT")["ix_m"]
+
+
+def test_rates_at_old_ages_rise():
+    """Mortality rises with age from 40 in every published table."""
+    falls = []
+    checked = 0
+    for name, table in list(REPO_TABLES.items())[:32]:
+        for key, column in table["data"].items():
+            if table["table_type"] != "life" or key[:2] != "qx":
+                continue
+            for path, rates in [((), column)] if isinstance(column, list) else column.items():
+                old = rates[40 - table["start_age"] : -1]
+                falls += [
+                    (name, key, path, 40 + age)
+                    for age, (now, then) in enumerate(zip(old, old[1:]))
+                    if then < now
+                ]
+                checked += len(old) - 1
+    assert not falls and checked > 3000, (falls, checked)

@@ -1,0 +1,287 @@
+"""The module's life: entry, create step, exec step, failure and retry."""
+
+import importlib
+import importlib.util
+import subprocess
+import sys
+from pathlib import Path
+
+import pytest
+from fresh import run
+
+import marlune.tables.data_tables as module
+
+NAME = "marlune.tables.data_tables"
+
+BOUND_FIRST = "PER2020_Col_2o PER2020_Col_1o PER2020_Ind_2o PER2020_Ind_1o PASEM2020_Gen_2o PASEM2020_Dec_2o PASEM2020_Rel_1o PASEM2020_NoRel_1o PASEM2020_Dec_1o PEAI2007_IAP_Ind PEAI2007_IAP_Col PASEM2010 IASS90 SS90TOT SS90ABS _dav_mi_linear _build_dav2004r_data _DAV2004R_DATA DAV2004R_Agg_2o DAV2004R_Agg_1o DAV2004R_SelUlt_2o DAV2004R_SelUlt_1o GAM71 GAM83 GAM94_AA CB_H_2020 MI_H_2020 RV_M_2020 B_M_2020 MI_M_2020 AM92_AF92"
+BOUND_LAST = "DummySD2015 DummySD2015Gen DummyEXIT DummyEXIT_Gen Dummy_qx0 DummyLIFE_1Sm DummyLIFE_1Sf _QX_LIFE _OX_M_BASE _OX_F_BASE _IX_M_BASE _IX_F_BASE DummyLIFE_LinearGen DummyLIFE_DiscreteGen DummyLIFE_ProjectedGen DummyLIFE_Select DummyLIFE_Unisex DummySD_LinearGen DummySD_DiscreteGen DummySD_ProjectedGen DummySD_Select DummySD_Unisex DummyEXIT_LinearGen DummyEXIT_DiscreteGen DummyEXIT_ProjectedGen DummyEXIT_Select DummyEXIT_Unisex DummySD_Gen2o DummyEXIT_Gen2o DummySD_SelectGen_a DummyEXIT_SelectGen_a DummySD_SelectGen_b DummyEXIT_SelectGen_b DummyLIFE_SelectGen_c DummySD_SelectGen_c DummyEXIT_SelectGen_c DummyLIFE_SelectGen_d DummySD_SelectGen_d DummyEXIT_SelectGen_d GRMF80 GRMF95 GKMF80 GKMF95 REPO_TABLES __test__"
+
+
+def test_attributes_are_bound_in_their_order_and_nothing_else_is_left():
+    printed = run(f"import {NAME} as module; print(*vars(module), module.__test__)")
+    *names, test = printed.split()
+    by_interpreter = {"__name__", "__doc__", "__package__", "__loader__", "__spec__", "__file__"}
+    body = names[names.index("__builtins__") + 1 :]
+    assert body == f"{BOUND_FIRST} {BOUND_LAST}".split()
+    assert set(names[: names.index("__builtins__")]) == by_interpreter
+    assert test == "{}" and module.__builtins__ is sys.modules["builtins"]
+
+
+def test_identity_of_the_module():
+    assert module.__name__ == NAME and module.__package__ == "marlune.tables"
+    assert sys.modules["data_tables"] is module
+    spec = module.__spec__
+    assert module.__file__ == spec.origin and module.__loader__ is spec.loader
+
+
+def test_functions_describe_themselves():
+    blend, build = module._dav_mi_linear, module._build_dav2004r_data
+    for function in (blend, build):
+        assert type(function).__name__ == "builtin_function_or_method"
+        assert function.__module__ == "data_tables"
+    assert blend.__doc__ == (
+        "Build DAV 2004 R year-indexed MI grid (2004 start → linear blend → 2024 target)."
+    )
+    assert build.__doc__ is None
+    import pickle
+
+    assert pickle.loads(pickle.dumps(blend)) is blend
+
+
+def test_docstring_keeps_its_sections_keys_and_facts_in_order():
+    text = module.__doc__
+    in_order = [
+        "Actuarial table data repository.\n",
+        "This module contains predefined actuarial table data for use with :class:`TableBuilder`.",
+        "All tables are provided as Python dictionaries with standardized metadata and data arrays.",
+        "Tables Included\n---", "PER2020 Series", "PASEM2020 Series", "PEAI2007 / PASEM2010",
+        "DAV 2004 R", "GAM / AM92",
+        "AM92_AF92 : CMI 92 Series select-ultimate (select_period=2, Duration-0 indexing)",
+        "Swiss SOA", "IASS / SS90", "(Spain disability mortality, per-mille ix)", "CMF 2020",
+        "**Dummy tables** (synthetic, testing only — 33 entries)",
+        "The canonical inventory is :const:`REPO_TABLES` (66 table payloads).",
+        "Table Structure\n---", "table_name : str\n", "table_type : str\n",
+        "base_year : int, optional\n", "generational : bool\n", "select : bool, optional\n",
+        "select_period : int, optional\n",
+        "Count of numbered select-duration columns per sex (required when select=True).",
+        "Duration keys start at 0 (CMI/UK, e.g. AM92_AF92) or 1 (most other tables).",
+        "decrement_scale_factor : int or float\n",
+        "Scale factor applied to decrement probabilities (typically 1000 for per-mille notation).",
+        "mi_scale_factor : int, float, or None\n", "omega : int\n",
+        "Terminal age (all lives extinct by omega).", "generational_formula_type : str, optional\n",
+        "description : str\n", "data : dict\n", "qx_m, qx_f", "mi_m, mi_f",
+        "(λ for exponential/linear, AA for discrete/projected improvement)",
+        "First vs. Second Order Tables\n---", '"1er.orden"', '"2ndo.orden"', "Usage\n---",
+        "from marlune import TableBuilder", "Module Constants\n---", "REPO_TABLES : dict[str, dict]",
+        "Dictionary mapping table variable names to table dict objects.",
+        "Explicit hardcoded dictionary mapping all distributed table payloads.", "Notes\n---",
+        "1000 = per-mille (‰) for", "1 = decimal qx for DAV, GAM, CMF 2020, and dummies",
+        "Generational tables require both qx and mi (improvement rate) columns.",
+        "Ages are implicit: index 0 corresponds to age 0, index 1 to age 1, etc.",
+        r"Tables end at omega; :math:`q_{\omega-1} = 1.0` (certainty of death at terminal age).",
+        "See Also\n---", "~marlune.TableBuilder",
+        "Main class for building and validating actuarial tables.",
+        "~marlune.tables.data.read_table", "References\n---", "Examples\n---",
+        "PER2020_Ind_1er.orden", "119", "PASEM2020_Gen_2o", "REPO_TABLES",
+    ]  # fmt: skip
+    position = 0
+    for fact in in_order:
+        position = text.find(fact, position)
+        assert position >= 0, fact
+    assert "start_age" not in text and "sex_independent" not in text
+
+
+def test_importing_again_gives_the_same_objects():
+    inventory, table = module.REPO_TABLES, module.GAM71
+    del sys.modules[NAME]
+    again = importlib.import_module(NAME)
+    assert again is module and again.REPO_TABLES is inventory and again.GAM71 is table
+    assert importlib.reload(module) is module and module.REPO_TABLES is inventory
+
+
+def test_short_name_that_is_taken_stays_taken():
+    run(f"""
+        import sys
+        sys.modules["data_tables"] = sys
+        import {NAME} as module
+        assert sys.modules["data_tables"] is sys and len(module.REPO_TABLES) == 66
+    """)
+
+
+FAILING_IMPORT = f"""
+    import builtins, sys, traceback
+    def fails():
+        try:
+            import {NAME}
+        except BaseException as error:
+            assert "{NAME}" not in sys.modules
+            return error
+        raise AssertionError("the import went through")
+    def entries(error):
+        return [(f.filename, f.name) for f in traceback.extract_tb(error.__traceback__)]
+"""
+
+
+@pytest.mark.parametrize("name", ["zip", "round"])
+def test_missing_builtin_fails_the_import_and_the_next_one_succeeds(name):
+    run(FAILING_IMPORT + f"""
+    kept = builtins.{name}
+    del builtins.{name}
+    error = fails()
+    builtins.{name} = kept
+    assert type(error) is NameError and str(error) == "name '{name}' is not defined", error
+    assert entries(error)[-1] == ("data_tables", "init data_tables"), entries(error)
+    half_built = sys.modules["data_tables"]
+    assert "GAM71" not in vars(half_built)
+    import {NAME} as module
+    assert module is not half_built and len(module.REPO_TABLES) == 66
+    """)
+
+
+def test_name_lost_during_the_body_fails_the_import_at_the_statement_that_needs_it():
+    """A replaced builtin takes attributes away while the body runs."""
+    run(FAILING_IMPORT + f"""
+    real_zip, real_round = zip, round
+    def module_dict():
+        return vars(sys.modules["{NAME}"])
+    def zip(*lists):
+        module_dict().pop("PASEM2010", None)
+        return real_zip(*lists)
+    def drop(*names):
+        def round(*arguments):
+            for name in names:
+                module_dict().pop(name, None)
+            return real_round(*arguments)
+        return round
+    lines = {{}}
+    for lost, round_, zip_ in (
+        ("PASEM2010", real_round, zip),
+        ("_IX_F_BASE", drop("_IX_F_BASE"), real_zip),
+        ("DummyLIFE_Unisex", drop("DummyLIFE_Unisex"), real_zip),
+    ):
+        builtins.round, builtins.zip = round_, zip_
+        error = fails()
+        assert type(error) is NameError and str(error) == f"name '{{lost}}' is not defined", error
+        assert entries(error)[-1] == ("data_tables", "init data_tables"), entries(error)
+        lines[lost] = traceback.extract_tb(error.__traceback__)[-1].lineno
+    assert lines["_IX_F_BASE"] < lines["PASEM2010"] == lines["DummyLIFE_Unisex"], lines
+    builtins.round, builtins.zip = real_round, real_zip
+    import {NAME} as module
+    assert len(module.REPO_TABLES) == 66 and list(vars(module))[-1] == "__test__"
+    """)
+
+
+def test_failure_inside_the_functions_carries_their_names():
+    run(FAILING_IMPORT + """
+    def zip(*lists):
+        raise KeyboardInterrupt("stop")
+    builtins.zip = zip
+    error = fails()
+    assert type(error) is KeyboardInterrupt
+    assert [name for file, name in entries(error) if file == "data_tables"] == [
+        "init data_tables", "data_tables._build_dav2004r_data", "data_tables._dav_mi_linear",
+    ], entries(error)
+    """)
+
+
+def test_other_runtime_version_warns():
+    # The version is a constant of the interpreter: the page that holds it is made writable.
+    out = run(f"""
+        import ctypes, warnings
+        version = ctypes.c_ulong.in_dll(ctypes.pythonapi, "Py_Version")
+        page = ctypes.addressof(version) & ~4095
+        assert ctypes.CDLL(None).mprotect(ctypes.c_void_p(page), 8192, 7) == 0
+        version.value = 0x030F00F0
+        warnings.simplefilter("error")
+        try:
+            import {NAME}
+        except RuntimeWarning as warning:
+            print(warning)
+        warnings.simplefilter("always")
+        with warnings.catch_warnings(record=True) as caught:
+            import {NAME}
+        print(caught[0].message, len(caught), len({NAME}.REPO_TABLES))
+    """)
+    text = (
+        "compile time Python version 3.14 of module 'data_tables'"
+        " does not match runtime version 3.15"
+    )
+    assert out.splitlines() == [text, f"{text} 1 66"]
+
+
+def test_spec_attributes_that_are_none_raise_or_are_missing():
+    run(f"""
+        import importlib.machinery, importlib.util, _imp
+        origin = importlib.util.find_spec("{NAME}").origin
+        class Spec:
+            name, loader, parent = "{NAME}", None, None
+            submodule_search_locations = ["here"]
+            @property
+            def origin(self):
+                # Asked twice: by the interpreter, which loads the file, then by the module.
+                self.asked = getattr(self, "asked", 0) + 1
+                if self.asked == fail_at:
+                    raise OSError("origin")
+                return origin
+        fail_at = 2
+        try:
+            _imp.create_dynamic(Spec())
+        except OSError as error:
+            assert str(error) == "origin"
+        else:
+            raise AssertionError
+        fail_at = 0
+        module = _imp.create_dynamic(Spec())
+        assert module.__loader__ is None and module.__package__ is None
+        assert module.__file__ == origin and module.__path__ == ["here"]
+        class Bare:
+            name = "{NAME}"
+            origin = origin
+        bare = _imp.create_dynamic(Bare())
+        assert bare is not module and not hasattr(bare, "__path__")
+        assert _imp.exec_dynamic(bare) == 0 and len(bare.REPO_TABLES) == 66
+        inventory = bare.REPO_TABLES
+        assert _imp.exec_dynamic(bare) == 0 and bare.REPO_TABLES is inventory
+        try:
+            _imp.exec_dynamic(module)
+        except RuntimeError as error:
+            assert str(error) == (
+                "Module 'data_tables' has already been imported."
+                " Re-initialisation is not supported."
+            )
+        else:
+            raise AssertionError
+        assert "REPO_TABLES" not in vars(module)
+    """)
+
+
+def test_second_interpreter_is_refused():
+    run(f"""
+        import _interpreters
+        import {NAME}
+        other = _interpreters.create("legacy")
+        failure = _interpreters.exec(other, "import {NAME}")
+        assert failure.type.__name__ == "ImportError", failure
+        assert failure.msg == (
+            "Interpreter change detected - this module can only be loaded into one interpreter"
+            " per process."
+        ), failure.msg
+        _interpreters.destroy(other)
+        assert len({NAME}.REPO_TABLES) == 66
+    """)
+
+
+def test_only_the_entry_is_exported():
+    listed = subprocess.run(
+        ["nm", "-D", "--defined-only", module.__file__], capture_output=True, text=True, check=True
+    )
+    assert [line.split()[-1] for line in listed.stdout.splitlines()] == ["PyInit_data_tables"]
+
+
+def test_installation_leaves_room_for_the_rest_of_the_package():
+    folder = Path(module.__file__).parent
+    assert folder.parts[-2:] == ("marlune", "tables")
+    assert {path.name for path in folder.iterdir()} == {
+        "data_tables.pyi", "py.typed", Path(module.__file__).name
+    }  # fmt: skip
+    assert [path.name for path in folder.parent.iterdir()] == ["tables"]

@@ -1,0 +1,124 @@
+"""Who holds which list and dict: the aliasing of the whole module against a declared map."""
+
+import pytest
+from columns import SYNTHETIC
+from fresh import run
+
+import marlune.tables.data_tables as module
+from marlune.tables.data_tables import REPO_TABLES
+
+ATTRIBUTES = {
+    name: value
+    for name, value in vars(module).items()
+    if isinstance(value, (dict, list)) and not name.startswith("__")
+}
+
+
+def holders():
+    """For every list and dict of the module, the paths that lead to it: 'table key key'."""
+    found = {}
+
+    def walk(path, value):
+        if isinstance(value, (dict, list)):
+            found.setdefault(id(value), []).append(path)
+        if isinstance(value, dict):
+            for key, item in value.items():
+                walk(f"{path} {key}", item)
+
+    for name, value in ATTRIBUTES.items():
+        if name != "REPO_TABLES":
+            walk(name, value)
+    return {frozenset(paths) for paths in found.values() if len(paths) > 1}
+
+
+def declared():
+    """The objects that have more than one holder, as they should be."""
+    shared = []
+    for order in ("1o", "2o"):
+        aggregate, select = f"DAV2004R_Agg_{order}", f"DAV2004R_SelUlt_{order}"
+        for table in (aggregate, select):
+            inner = table.removeprefix("DAV2004R_")
+            shared.append({f"_DAV2004R_DATA {inner}", f"{table} data"})
+            for key, column in REPO_TABLES[table]["data"].items():
+                if key.startswith("MI"):
+                    continue
+                for path in (key, *(f"{key} {label}" for label in column if table is select)):
+                    shared.append({f"_DAV2004R_DATA {inner} {path}", f"{table} data {path}"})
+        for key in ("MI_m", "MI_f"):
+            years = [f" {year}" for year in range(2004, 2025)] if order == "2o" else []
+            for path in ("", *years):
+                shared.append({
+                    f"{start} {key}{path}"
+                    for table in (aggregate, select)
+                    for start in (f"_DAV2004R_DATA {table.removeprefix('DAV2004R_')}", f"{table} data")
+                })  # fmt: skip
+    for base, kinds in (
+        ("_QX_LIFE", ("LIFE qx_m", "LIFE qx_f")), ("_IX_M_BASE", ("SD ix_m",)),
+        ("_IX_F_BASE", ("SD ix_f",)), ("_OX_M_BASE", ("EXIT ox_m",)), ("_OX_F_BASE", ("EXIT ox_f",)),
+    ):  # fmt: skip
+        paths = {base}
+        for kind, key in (each.split() for each in kinds):
+            for name in SYNTHETIC[7:]:
+                if name.startswith(f"Dummy{kind}_") and not ("Unisex" in name and key.endswith("f")):
+                    paths.add(f"{name} data {key}" + (" ult" if "Select" in name else ""))
+        shared.append(paths)
+    return set(map(frozenset, shared))
+
+
+def test_nothing_is_shared_but_what_is_declared():
+    got, want = holders(), declared()
+    assert got - want == set(), "shared, but not declared"
+    assert want - got == set(), "declared, but not shared"
+    assert len(want) > 60
+
+
+def test_inventory_shares_its_payloads_with_the_attributes():
+    assert all(REPO_TABLES[name] is ATTRIBUTES[name] for name in REPO_TABLES)
+
+
+@pytest.mark.parametrize("kind", [float, str])
+def test_a_literal_is_one_object(kind):
+    """Every float literal of a published table and every key is one object, wherever it stands."""
+    objects = {}
+
+    def walk(value):
+        if isinstance(value, dict):
+            for key, item in value.items():
+                walk(key)
+                walk(item)
+        elif isinstance(value, list):
+            for item in value:
+                walk(item)
+        elif type(value) is kind:
+            objects.setdefault(value, set()).add(id(value))
+
+    for name in list(REPO_TABLES)[:32]:
+        if not name.startswith("DAV2004R"):
+            walk(REPO_TABLES[name])
+    assert all(len(ids) == 1 for ids in objects.values())
+    assert len(objects) > {float: 6_000, str: 80}[kind]
+
+
+def test_change_through_one_holder_is_seen_by_the_others_and_by_nobody_else():
+    run("""
+        import copy
+        import marlune.tables.data_tables as module
+        tables = module.REPO_TABLES
+        def changed(before):
+            return {n for n in tables if tables[n] != before[n]}
+        def after(change):
+            before = copy.deepcopy(tables)
+            change()
+            return changed(before)
+        life = after(lambda: module.DummyLIFE_Unisex["data"]["qx_m"].__setitem__(0, 0.5))
+        assert life == {n for n in tables if n.startswith("DummyLIFE_") and "_1S" not in n}, life
+        assert module._QX_LIFE[0] == 0.5 and module._OX_M_BASE[0] == 0.0005
+        trend = after(lambda: tables["DAV2004R_SelUlt_2o"]["data"]["MI_f"][2010].clear())
+        assert trend == {"DAV2004R_Agg_2o", "DAV2004R_SelUlt_2o"}, trend
+        for name in ("IASS90", "CB_H_2020", "PER2020_Ind_2o", "DummyLIFE_1Sm", "Dummy_qx0"):
+            data = tables[name]["data"]
+            key = "mi_m" if "mi_m" in data else min(data)
+            column = data[key]
+            column = column[2021] if isinstance(column, dict) else column
+            assert after(lambda: column.__setitem__(3, 7.0)) == {name}, name
+    """)
