@@ -1,0 +1,34 @@
+# Sourced by `dev check`: what keeps the tree clean. Each step is silent when it finds nothing.
+# $here is the top of the tree, $preset the build, python_of its interpreter.
+
+cd "$here"
+sources=$(git ls-files --cached --others --exclude-standard 'tables/*.cpp')
+headers=$(git ls-files --cached --others --exclude-standard 'tables/*.hpp')
+
+say 'checking the shell scripts'
+bash -n dev tools/check.sh .ci/run
+
+say 'checking that each header compiles alone'
+include=$(python3.14 -c 'import sysconfig; print(sysconfig.get_path("include"))')
+echo "$headers" | xargs -P "$(nproc)" -I{} "${CXX:-c++}" -std=c++20 -fsyntax-only -Wall -Wextra \
+  -Itables -isystem "$include" -fconstexpr-ops-limit=1000000000 -fconstexpr-loop-limit=1000000 \
+  -include {} -xc++ /dev/null || fail 'a header does not compile alone'
+
+say 'running clang-tidy (about three minutes)'
+build clang
+echo "$sources" | xargs -P "$(nproc)" -n 1 clang-tidy --quiet -p build/clang 2>build/clang-tidy.log ||
+  fail 'clang-tidy has found something'
+
+say 'checking the stub against the module'
+# A built-in without arguments and without text signature looks to stubtest as if it took one.
+no_signature=build/stubtest-allowlist
+echo marlune.tables.data_tables._build_dav2004r_data >"$no_signature"
+MYPYPATH=build/$preset/installed python_of "$preset" -m mypy.stubtest --concise \
+  --mypy-config-file pyproject.toml --allowlist "$no_signature" marlune.tables.data_tables \
+  >build/stubtest.log || { cat build/stubtest.log >&2; fail 'the stub and the module disagree'; }
+
+say 'checking the provenance of the published columns'
+python_of "$preset" tools/provenance.py
+
+say 'checking that formatting changes nothing'
+clang-format --dry-run --Werror $sources $headers
