@@ -1,7 +1,7 @@
 #pragma once
 
-// All that the module holds, resolved at compile time: the constants, the recipes of its tables, and
-// the statements of its body in terms of both.
+// All that the module holds, resolved at compile time: the constants, the recipes of its tables,
+// and the statements of its body in terms of both.
 
 #include "body.hpp"
 #include "dav2004r/columns.hpp"

@@ -1,7 +1,7 @@
 #pragma once
 
-// The inventory: the tables of `REPO_TABLES`, name by name, published before synthetic. The order is
-// part of the contract and differs from the order in which the body binds the tables.
+// The inventory: the tables of `REPO_TABLES`, name by name, published before synthetic. The order
+// is part of the contract and differs from the order in which the body binds the tables.
 
 #include <string_view>
 

@@ -2,15 +2,15 @@
 
 // DAV 2004 R: the fourteen published columns of the German annuitant tables.
 //
-// Issuer       Deutsche Aktuarvereinigung (DAV), DAV 2004 R, aggregate table and select table, first and
-//              second order, with their trend functions.
+// Issuer       Deutsche Aktuarvereinigung (DAV), DAV 2004 R, aggregate table and select table,
+//              first and second order, with their trend functions.
 // Unit         decimal: rates six decimals, trends eight.
 // Ages         0 to 121. Base year 1999.
 // Closing      Rates end in the integer 1, trends in the integer 0.
 // Ultimate     equals the aggregate rate of the same order and sex from age 100.
-// Checked      against one source and the workbook behind it, and by the publication's own law: first
-//              order = constant × second order at every age up to 120, 0.843652 for males and 0.835060
-//              for females, aggregate and ultimate alike (tested).
+// Checked      against one source and the workbook behind it, and by the publication's own law:
+//              first order = constant × second order at every age up to 120, 0.843652 for males and
+//              0.835060 for females, aggregate and ultimate alike (tested).
 
 #include "payload/invariants.hpp"
 #include "payload/record.hpp"
@@ -258,8 +258,8 @@ inline constexpr Number qx_ult_2o_f[] = {
 };
 // clang-format on
 
-// Select factors of the publication: the rate of a duration is factor × ultimate rate of the age. They
-// serve both orders.
+// Select factors of the publication: the rate of a duration is factor × ultimate rate of the age.
+// They serve both orders.
 struct SelectFactors {
   double duration_1;
   double durations_2_to_5;
@@ -275,8 +275,8 @@ inline constexpr Literals columns[] = {qx_agg_1o_m,    qx_agg_1o_f,    mi_trend_
                                        mi_target_2o_m, mi_target_2o_f, qx_ult_1o_m,   qx_ult_1o_f,
                                        qx_ult_2o_m,    qx_ult_2o_f};
 
-// Calendar years of the second-order improvement grid: the start trend holds in the first, the target
-// trend in the last.
+// Calendar years of the second-order improvement grid: the start trend holds in the first, the
+// target trend in the last.
 inline constexpr int first_year = 2004;
 inline constexpr int last_year = 2024;
 

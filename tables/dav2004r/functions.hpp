@@ -12,8 +12,9 @@ namespace marlune::tables::dav2004r {
 // rates move linearly, up to the end of the shorter list. TypeError for anything but two lists.
 extern PyMethodDef mi_linear;
 
-// _build_dav2004r_data(): a new dict of the data of the four tables, "Agg_1o", "Agg_2o", "SelUlt_1o"
-// and "SelUlt_2o", each a dict of the columns qx_m, qx_f, MI_m and MI_f by age 0 to 121, decimal.
+// _build_dav2004r_data(): a new dict of the data of the four tables, "Agg_1o", "Agg_2o",
+// "SelUlt_1o" and "SelUlt_2o", each a dict of the columns qx_m, qx_f, MI_m and MI_f by age 0 to
+// 121, decimal.
 extern PyMethodDef build_data;
 
 } // namespace marlune::tables::dav2004r

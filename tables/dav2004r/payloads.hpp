@@ -1,8 +1,8 @@
 #pragma once
 
 // The four DAV 2004 R payloads: annuitant mortality of 1999, generational. Their "data" is what
-// `_build_dav2004r_data` has built, bound as `_DAV2004R_DATA`: the very dict, not a copy. The hyphens
-// inside words of the descriptions are non-breaking (U+2011).
+// `_build_dav2004r_data` has built, bound as `_DAV2004R_DATA`: the very dict, not a copy. The
+// hyphens inside words of the descriptions are non-breaking (U+2011).
 
 #include "payload/invariants.hpp"
 #include "payload/key_orders.hpp"

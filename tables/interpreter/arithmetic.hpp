@@ -8,7 +8,8 @@ inline bool both_exact_floats(PyObject *left, PyObject *right) {
   return PyFloat_CheckExact(left) && PyFloat_CheckExact(right);
 }
 
-// left × right by the interpreter's number protocol; for exact floats that is the product of doubles.
+// left × right by the interpreter's number protocol; for exact floats that is the product of
+// doubles.
 inline Reference product(PyObject *left, PyObject *right) {
   if (both_exact_floats(left, right)) {
     return Reference::steal(PyFloat_FromDouble(PyFloat_AS_DOUBLE(left) * PyFloat_AS_DOUBLE(right)));

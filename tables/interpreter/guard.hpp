@@ -22,7 +22,8 @@ template <class Action> bool succeeds(Action action) {
   }
 }
 
-// The body of a function of the module: its result, or NULL and an exception that names the function.
+// The body of a function of the module: its result, or NULL and an exception that names the
+// function.
 template <class Action> PyObject *guarded(const char *function, int line, Action action) {
   Reference result;
   if (succeeds([&] { result = action(); })) {

@@ -7,8 +7,8 @@
 
 namespace marlune::tables {
 
-// Collects the items of a list that is not there before it is full: arithmetic on items may run code
-// that looks at every list of the process.
+// Collects the items of a list that is not there before it is full: arithmetic on items may run
+// code that looks at every list of the process.
 class Items {
 public:
   explicit Items(Py_ssize_t expected) { items_.reserve(static_cast<std::size_t>(expected)); }

@@ -1,7 +1,7 @@
 #pragma once
 
-// What holds for every payload. A table states `static_assert(proved(TABLE))` beside its data; when a
-// rule is broken the compiler stops at the throw of that rule and prints its sentence.
+// What holds for every payload. A table states `static_assert(proved(TABLE))` beside its data; when
+// a rule is broken the compiler stops at the throw of that rule and prints its sentence.
 
 #include "payload/record.hpp"
 

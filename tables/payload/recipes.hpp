@@ -1,8 +1,8 @@
 #pragma once
 
 // From descriptions to recipes, at compile time. Every distinct number and text of all descriptions
-// becomes one constant; every list, column and payload becomes a few indices into the constants. The
-// import then needs no lookup to let all the slots that hold a literal share one object.
+// becomes one constant; every list, column and payload becomes a few indices into the constants.
+// The import then needs no lookup to let all the slots that hold a literal share one object.
 
 #include "payload/record.hpp"
 
@@ -19,8 +19,8 @@ namespace marlune::tables {
 
 using Index = std::uint16_t;
 
-// The distinct literals, each in the order of its first use: what the import makes one after the other
-// it also reads one after the other.
+// The distinct literals, each in the order of its first use: what the import makes one after the
+// other it also reads one after the other.
 class DistinctLiterals {
   template <class T, std::size_t Room>
   static constexpr Index index(std::size_t first, const Bounded<T, Room> &values, const T &value) {
@@ -87,9 +87,9 @@ private:
   std::array<Index, std::size_t{1} << 14U> table_{};
 };
 
-// One list. For literals `first` and `length` are a range of slots, the constant of every entry; for
-// levels a range of slots too, pairs of a constant and a number of ages; for lists computed from a base
-// vector `length` is the vector's.
+// One list. For literals `first` and `length` are a range of slots, the constant of every entry;
+// for levels a range of slots too, pairs of a constant and a number of ages; for lists computed
+// from a base vector `length` is the vector's.
 struct ListRecipe {
   Rates::Origin origin = Rates::Origin::literal;
   Index first = 0;

@@ -9,8 +9,8 @@ inline constexpr int rounding_places = 7;
 
 // What the interpreter's round(rate, 7) gives for a rate, or nothing where only exact decimal
 // arithmetic can tell. round() gives the double nearest to the decimal number m / 10^7, m being the
-// integer nearest to the exact product rate × 10^7. For a rate up to 1 the product in doubles is off
-// by less than 2e-9; so m is certain unless the product lies that close to halfway between two
+// integer nearest to the exact product rate × 10^7. For a rate up to 1 the product in doubles is
+// off by less than 2e-9; so m is certain unless the product lies that close to halfway between two
 // integers. m and 10^7 are exact doubles, hence the quotient is that nearest double.
 inline std::optional<double> round_clear_cut(double rate) {
   constexpr double scale = 1e7;

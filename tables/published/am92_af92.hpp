@@ -2,13 +2,15 @@
 
 // AM92/AF92: the 92 Series base mortality of assured lives, United Kingdom, select and ultimate.
 //
-// Issuer       Continuous Mortality Investigation (CMI), Institute and Faculty of Actuaries, 92 Series
-//              (1991-94), permanent assurances; Society of Actuaries tables 2360, 2361, 2513 and 2514.
+// Issuer       Continuous Mortality Investigation (CMI), Institute and Faculty of Actuaries, 92
+//              Series (1991-94), permanent assurances; Society of Actuaries tables 2360, 2361, 2513
+//              and 2514.
 // Unit         decimal, six decimals.
 // Ages         17 to 120. Select period 2, durations numbered from 0, as published.
 // Closing      1.0 at 120.
-// Completed    The select rates stop short: from age 91 duration 0, and from age 92 duration 1, hold the
-//              ultimate rate of the age. The jump of duration 0 at age 91 is part of the data.
+// Completed    The select rates stop short: from age 91 duration 0, and from age 92 duration 1,
+//              hold the ultimate rate of the age. The jump of duration 0 at age 91 is part of the
+//              data.
 // Checked      all 506 published values equal the CMI's own workbook.
 
 #include "payload/invariants.hpp"

@@ -2,21 +2,22 @@
 
 // CMF 2020: the Chilean mortality tables of 2020, generational, improvement by calendar year.
 //
-// Issuer       Comisión para el Mercado Financiero (CMF), NCG 495 / Superintendencia de Pensiones, tables
-//              TM-2020: CB-H, MI-H (males), RV-M, B-M, MI-M (females). The descriptions cite NCG 305/2023
-//              (Circular 1865); they are quoted as they stand.
+// Issuer       Comisión para el Mercado Financiero (CMF), NCG 495 / Superintendencia de Pensiones,
+//              tables TM-2020: CB-H, MI-H (males), RV-M, B-M, MI-M (females). The descriptions cite
+//              NCG 305/2023 (Circular 1865); they are quoted as they stand.
 // Unit         qx decimal, eight decimals; improvement factors decimal, six decimals.
 // Ages         0 to 110; RV-M-2020 from 20.
 // Base year    2020. The factor of calendar year y and age x applies to the year y.
 // Years        2021 to 2036, one column each; the factors converge on 0.01 in 2036.
-// Shared       The factors are published by sex: the male ones serve CB-H and MI-H, the female ones B-M,
-//              MI-M and, from age 20, RV-M. They stand here once; every payload has lists of its own.
-// Above 90     A × (15 − k) / 15 at age 90 + k, A being the printed factor of age 90, rounded to six
-//              decimals; 0.0 from age 105. The supervisor's workbook scales its unrounded factor: 32
-//              cells a table (ages 91 to 103) differ there by 0.000001. The rule on printed factors is
-//              kept.
-// Checked      all rates, and all factors up to age 90, equal the supervisor's workbook. Worked example
-//              of the supervisor, CB-H-2020, age 65 in 2022: 0.00887369 × (1 − 0.020144) ×
+// Shared       The factors are published by sex: the male ones serve CB-H and MI-H, the female ones
+//              B-M, MI-M and, from age 20, RV-M. They stand here once; every payload has lists of
+//              its own.
+// Above 90     A × (15 − k) / 15 at age 90 + k, A being the printed factor of age 90, rounded to
+//              six decimals; 0.0 from age 105. The supervisor's workbook scales its unrounded
+//              factor: 32 cells a table (ages 91 to 103) differ there by 0.000001. The rule on
+//              printed factors is kept.
+// Checked      all rates, and all factors up to age 90, equal the supervisor's workbook. Worked
+//              example of the supervisor, CB-H-2020, age 65 in 2022: 0.00887369 × (1 − 0.020144) ×
 //              (1 − 0.019426) = 0.008526031.
 
 #include "payload/invariants.hpp"

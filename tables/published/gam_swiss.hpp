@@ -2,22 +2,26 @@
 
 // Group annuity and group life tables of the United States and Switzerland.
 //
-// GAM71        1971 Group Annuity Mortality, Society of Actuaries (SOA) tables 817, 818, 825, 826, 834,
-// GAM83        835 (1971, 1983 and 1994 GAM, by sex) and 923, 924 (Scale AA). Decimal. GAM71 and GAM83:
-// GAM94_AA     ages 5 to 110, no base year, static; GAM94: ages 1 to 120, base year 1994, static rates
-//              with Scale AA improvement.
+// GAM71, GAM83, GAM94_AA: Group Annuity Mortality 1971, 1983 and 1994, United States.
+//   Issuer     Society of Actuaries (SOA): tables 817, 818, 825, 826, 834 and 835 by sex; Scale AA:
+//              tables 923 and 924.
+//   Unit       decimal.
+//   Ages       5 to 110 (GAM71, GAM83), 1 to 120 (GAM94).
+//   Basis      GAM71 and GAM83 static, without base year; GAM94 static rates of 1994 with Scale AA.
 //   Odd        GAM71 ends in 0.999999, not 1.0. GAM71 and GAM83 have a base year of None and no
 //              mi_scale_factor. GAM94 stands at 0.5 from age 112 to 119.
-//   Checked    GAM83 and GAM94 against a second source: 2 of 692 values differ there, and the Society's
-//              values are kept. GAM71: no second source on record.
+//   Checked    GAM83 and GAM94 against a second source: 2 of 692 values differ there, and the
+//              Society's values are kept. GAM71: no second source on record.
 //   In doubt   the two values that differ: GAM83 female age 108 (0.694885 here, 0.694855 there) and
-//              GAM94 male age 104 (0.387885 there).
+//              GAM94 male age 104 (0.387855 here, 0.387885 there).
 //
-// GRMF80/95    Swiss Gruppen Renten (group annuities), GRM/GRF 1980 and 1995, and Gruppen Kapital (group
-// GKMF80/95    life), GKM/GKF 1980 and 1995, by sex: SOA reprint tables 34057 to 34060 and 34065 to
-//              34068. Decimal, ages 15 to 117 (1980) and 15 to 126 (1995).
-//   Odd        GRMF80 and GKMF80 end in the integer 1. GKM 95 (males) is published to age 120 only and
-//              filled up with 1.0 to the female omega, 126.
+// GRMF80, GRMF95, GKMF80, GKMF95: Swiss Gruppen Renten (group annuities, GRM/GRF) and Gruppen
+// Kapital (group life, GKM/GKF) 1980 and 1995.
+//   Issuer     SOA reprint: tables 34057 to 34060 and 34065 to 34068, by sex.
+//   Unit       decimal.
+//   Ages       15 to 117 (1980), 15 to 126 (1995).
+//   Odd        GRMF80 and GKMF80 end in the integer 1. GKM 95 (males) is published to age 120 only
+//              and filled up with 1.0 to the female omega, 126.
 //   Checked    two independent sources, identical.
 
 #include "payload/invariants.hpp"

@@ -1,7 +1,7 @@
 #pragma once
 
-// PER2020: Spanish annuitant mortality of 2020, individual and collective business, first and second
-// order, generational.
+// PER2020: Spanish annuitant mortality of 2020, individual and collective business, first and
+// second order, generational.
 //
 // Issuer       Dirección General de Seguros y Fondos de Pensiones (DGSFP), resolution of
 //              17 December 2020, BOE-A-2020-17154. Second order: annexes 1.1 to 1.3; first order:
@@ -10,13 +10,14 @@
 // Ages         0 to 118 (second order) and 0 to 119 (first order): two omegas, as published.
 // Base year    2012, although the names carry 2020.
 // Closing      1000 per mille at omega.
-// Printed      Second order: both columns as printed in the gazette. First order: mi as printed; qx is
-//              the exact decimal product of the second-order rate and 100 % less the technical loading
-//              of annex 2.1, up to seven decimals, where the annex prints it rounded to three.
+// Printed      Second order: both columns as printed in the gazette. First order: mi as printed; qx
+//              is the exact decimal product of the second-order rate and 100 % less the technical
+//              loading of annex 2.1, up to seven decimals, where the annex prints it rounded to
+//              three.
 // Checked      against the gazette itself; the product law and the shift between collective and
 //              individual rates (equal at an age difference of one, ages 11 to 85) are tested.
-// Odd          The collective and the individual table of an order have equal rates at ages 0 to 10 and
-//              from 97; each stands here in full, because each is a published table of its own.
+// Odd          The collective and the individual table of an order have equal rates at ages 0 to 10
+//              and from 97; each stands here in full, because each is a published table of its own.
 
 #include "payload/invariants.hpp"
 #include "payload/key_orders.hpp"

@@ -1,25 +1,27 @@
 #pragma once
 
-// The static Spanish tables: PASEM2020 (term life and funeral), PEAI2007 (disability), PASEM2010 and
-// Social Security 1990.
+// The static Spanish tables: PASEM2020 (term life and funeral), PEAI2007 (disability), PASEM2010
+// and Social Security 1990.
 //
-// *** Social Security 1990 (IASS90, SS90TOT, SS90ABS): only the rates at ages 18 to 20 and 63 to 65 are
-// *** published. Every rate from age 21 to age 62 is RECONSTRUCTED and NOT from the publication.
-// *** How is said beside the literals. Do not price or reserve with them as if they were published.
+// *** Social Security 1990 (IASS90, SS90TOT, SS90ABS): only the rates at ages 18 to 20 and 63 to 65
+// *** are published. Every rate from age 21 to age 62 is RECONSTRUCTED and NOT from the
+// *** publication. How is said beside the literals. Do not price or reserve with them as if they
+// *** were published.
 //
-// PASEM2020    Dirección General de Seguros y Fondos de Pensiones (DGSFP), resolution of 17 December
-//              2020, BOE-A-2020-17154. Second order (best estimate): annexes 1.1 to 1.3; first order
-//              (with loadings): annexes 2.2 to 2.4. Per mille, ages 0 to 108, 109, 110 or 111: the
-//              omegas of the published tables. Read from the gazette and checked against a second
-//              source with more decimals. Tested laws: Decesos = 1.6 × General below age 100; first
-//              order = 1.101875 (Rel, Decesos) or 1.155 (NoRel) × second order below omega.
-// PEAI2007     Study PEAIM/F-2007, absolute permanent disability (IAP), best estimate on 5.4 million
-//              policies of 1998 to 2002. Decimal, ages 18 to 64; the last rate is an ordinary one.
-//              Two sources, all 188 values equal.
-// PASEM2010    BOE-A-2012-9776. Decimal, ages 0 to 112, the male column first. Two independent sources,
-//              identical.
-// SS 1990      Social Security 1990, unisex, per mille, ages 18 to 65, under ix_m alone. The rate at 65
-//              is 0.0: part of the data. SS90ABS has the rates of IASS90.
+// PASEM2020    Dirección General de Seguros y Fondos de Pensiones (DGSFP), resolution of 17
+//              December 2020, BOE-A-2020-17154. Second order (best estimate): annexes 1.1 to 1.3;
+//              first order (with loadings): annexes 2.2 to 2.4. Per mille, ages 0 to 108, 109, 110
+//              or 111: the omegas of the published tables. Read from the gazette and checked
+//              against a second source with more decimals. Tested laws: Decesos = 1.6 × General
+//              below age 100; first order = 1.101875 (Rel, Decesos) or 1.155 (NoRel) × second order
+//              below omega.
+// PEAI2007     Study PEAIM/F-2007, absolute permanent disability (IAP), best estimate on 5.4
+//              million policies of 1998 to 2002. Decimal, ages 18 to 64; the last rate is an
+//              ordinary one. Two sources, all 188 values equal.
+// PASEM2010    BOE-A-2012-9776. Decimal, ages 0 to 112, the male column first. Two independent
+//              sources, identical.
+// SS 1990      Social Security 1990, unisex, per mille, ages 18 to 65, under ix_m alone. The rate
+//              at 65 is 0.0: part of the data. SS90ABS has the rates of IASS90.
 
 #include "payload/invariants.hpp"
 #include "payload/key_orders.hpp"
@@ -440,10 +442,11 @@ static_assert(proved(PASEM2010));
 
 // ---- Social Security 1990, per mille, unisex ----
 //
-// RECONSTRUCTED, NOT PUBLISHED: ages 21 to 62 of both columns below. The published rates of these ages
-// have not been found. In their place stands a cubic Hermite curve through the logarithms of the known
-// rates at ages 20 and 63, with the known step from 19 to 20 as left slope and slope 0 on the right,
-// rounded to four decimals below 1 and to three from 1. Published are ages 18, 19, 20, 63, 64 and 65.
+// RECONSTRUCTED, NOT PUBLISHED: ages 21 to 62 of both columns below. The published rates of these
+// ages have not been found. In their place stands a cubic Hermite curve through the logarithms of
+// the known rates at ages 20 and 63, with the known step from 19 to 20 as left slope and slope 0 on
+// the right, rounded to four decimals below 1 and to three from 1. Published are ages 18, 19, 20,
+// 63, 64 and 65.
 
 // Mortality of invalids; SS90ABS holds the same rates.
 // clang-format off

@@ -1,8 +1,8 @@
 #pragma once
 
 // The base vectors of the synthetic tables. They are bound under names of their own, and every
-// synthetic table from DummyLIFE_LinearGen on holds these very lists or derives its columns from them.
-// The values are invented; nothing here is from a publication.
+// synthetic table from DummyLIFE_LinearGen on holds these very lists or derives its columns from
+// them. The values are invented; nothing here is from a publication.
 
 #include "payload/record.hpp"
 

@@ -1,8 +1,9 @@
 #pragma once
 
-// The generational synthetic tables over the base vectors: for every decrement one with linear, one with
-// discrete and one with projected improvement, and two with exponential improvement by calendar year
-// (Gen2o). Every improvement list and grid is new; the decrement columns are the base vectors' lists.
+// The generational synthetic tables over the base vectors: for every decrement one with linear, one
+// with discrete and one with projected improvement, and two with exponential improvement by
+// calendar year (Gen2o). Every improvement list and grid is new; the decrement columns are the base
+// vectors' lists.
 
 #include "payload/invariants.hpp"
 #include "payload/key_orders.hpp"

@@ -1,8 +1,8 @@
 #pragma once
 
 // The select-generational synthetic tables, by the way in which improvement is attached to select
-// durations: (a) one list for all durations, (b) a year grid, (c) a year grid for the projected formula,
-// (d) a list for every duration. There is no life table for (a) and (b).
+// durations: (a) one list for all durations, (b) a year grid, (c) a year grid for the projected
+// formula, (d) a list for every duration. There is no life table for (a) and (b).
 
 #include "payload/invariants.hpp"
 #include "payload/key_orders.hpp"

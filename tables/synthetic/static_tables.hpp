@@ -1,7 +1,8 @@
 #pragma once
 
-// The seven static synthetic tables. They are bound before the base vectors and hold lists of their own,
-// also where the values are those of a base vector: a change to one of them reaches no other table.
+// The seven static synthetic tables. They are bound before the base vectors and hold lists of their
+// own, also where the values are those of a base vector: a change to one of them reaches no other
+// table.
 
 #include "payload/invariants.hpp"
 #include "payload/key_orders.hpp"

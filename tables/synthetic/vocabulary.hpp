@@ -1,8 +1,9 @@
 #pragma once
 
 // The vocabulary in which the synthetic tables are stated, each as one short statement: a kind of
-// decrement with its ages and base vectors, and the columns that the tables repeat. Synthetic tables
-// exist to exercise every shape that a consumer accepts; no rate of them is from a publication.
+// decrement with its ages and base vectors, and the columns that the tables repeat. Synthetic
+// tables exist to exercise every shape that a consumer accepts; no rate of them is from a
+// publication.
 
 #include "payload/record.hpp"
 
