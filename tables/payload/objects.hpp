@@ -1,6 +1,7 @@
 #pragma once
 
-// From recipes to interpreter objects: one function for every shape.
+// From recipes to interpreter objects. A flat column is one list; a select mapping, a year grid and
+// a duration grid are dicts of lists that differ in their keys alone.
 
 #include "payload/recipes.hpp"
 #include "state.hpp"
