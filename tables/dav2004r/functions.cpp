@@ -26,16 +26,20 @@ struct Weight {
         object(Reference::steal(PyFloat_FromDouble(value))) {}
 };
 
-// start + weight × (target − start), in this order, by the interpreter's number protocol.
-Reference blend(const Weight &weight, PyObject *start, PyObject *target) {
-  if (both_exact_floats(start, target)) {
-    const double difference = PyFloat_AS_DOUBLE(target) - PyFloat_AS_DOUBLE(start);
-    const double part = weight.value * difference;
-    return Reference::steal(PyFloat_FromDouble(PyFloat_AS_DOUBLE(start) + part));
-  }
+Reference blend_objects(const Weight &weight, PyObject *start, PyObject *target) {
   const Reference difference = Reference::steal(PyNumber_Subtract(target, start));
   const Reference part = Reference::steal(PyNumber_Multiply(weight.object.get(), difference.get()));
   return Reference::steal(PyNumber_Add(start, part.get()));
+}
+
+// start + weight × (target − start), in this order, by the interpreter's number protocol.
+Reference blend(const Weight &weight, PyObject *start, PyObject *target) {
+  if (!both_exact_floats(start, target)) {
+    return blend_objects(weight, start, target);
+  }
+  const double difference = PyFloat_AS_DOUBLE(target) - PyFloat_AS_DOUBLE(start);
+  const double part = weight.value * difference;
+  return Reference::steal(PyFloat_FromDouble(PyFloat_AS_DOUBLE(start) + part));
 }
 
 struct Pair {

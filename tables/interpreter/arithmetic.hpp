@@ -17,4 +17,15 @@ inline Reference product(PyObject *left, PyObject *right) {
   return Reference::steal(PyNumber_Multiply(left, right));
 }
 
+// Whether left < right, likewise.
+inline bool less(PyObject *left, PyObject *right) {
+  if (both_exact_floats(left, right)) {
+    return PyFloat_AS_DOUBLE(left) < PyFloat_AS_DOUBLE(right);
+  }
+  const Reference result = Reference::steal(PyObject_RichCompare(left, right, Py_LT));
+  const int is_less = PyObject_IsTrue(result.get());
+  check(is_less);
+  return is_less != 0;
+}
+
 } // namespace marlune::tables

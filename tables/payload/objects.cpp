@@ -93,10 +93,7 @@ Reference ObjectMaker::capped(const ListRecipe &recipe) const {
   const Reference base = live_.names.find(live_.literals[recipe.base]);
   Items items(recipe.length);
   for_each_item(base.get(), [&](PyObject *rate) {
-    const Reference below = Reference::steal(PyObject_RichCompare(rate, certain, Py_LT));
-    const int is_below = PyObject_IsTrue(below.get());
-    check(is_below);
-    items.add(is_below != 0 ? product(rate, factor) : Reference::borrow(certain));
+    items.add(less(rate, certain) ? product(rate, factor) : Reference::borrow(certain));
   });
   return std::move(items).list();
 }
