@@ -2,6 +2,7 @@
 
 import subprocess
 import sys
+import sysconfig
 from pathlib import Path
 
 import pytest
@@ -281,6 +282,12 @@ def test_only_the_entry_is_exported():
         ["nm", "-D", "--defined-only", module.__file__], capture_output=True, text=True, check=True
     )
     assert [line.split()[-1] for line in listed.stdout.splitlines()] == ["PyInit_data_tables"]
+
+
+def test_module_is_built_for_this_interpreter():
+    # The headers of the debug interpreter count references; those of the other do not.
+    suffix = sysconfig.get_config_var("EXT_SUFFIX")
+    assert Path(module.__file__).name == f"data_tables{suffix}"
 
 
 def test_installation_leaves_room_for_the_rest_of_the_package():
