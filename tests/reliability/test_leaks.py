@@ -1,0 +1,104 @@
+"""Nothing is left behind by calls, nor by imports that fail for lack of memory.
+
+Imports that fail for other reasons are looked at in the same way in test_hostile_surroundings.py.
+"""
+
+import pytest
+from trials import growth, trial
+
+import marlune.tables.data_tables as module
+
+blend, build = module._dav_mi_linear, module._build_dav2004r_data
+
+
+class Sour:
+    """A number whose arithmetic works for a while."""
+
+    def __init__(self, sound):
+        self.sound = sound
+
+    def reckon(self, other):
+        self.sound -= 1
+        if self.sound < 0:
+            raise ArithmeticError("sour")
+        return self
+
+    __add__ = __radd__ = __sub__ = __rsub__ = __mul__ = __rmul__ = reckon
+
+
+def build_with(replacement):
+    """Build while the attribute `_dav_mi_linear` is something else, or gone."""
+    del module._dav_mi_linear
+    if replacement is not None:
+        module._dav_mi_linear = replacement
+    try:
+        return build()
+    finally:
+        module._dav_mi_linear = blend
+
+
+CALLS = {
+    "floats": (lambda: blend([0.1, 0.2], [0.3, 0.4, 0.5]), None),
+    "ints and others": (lambda: blend([1, Sour(99), True], [0.5, 2, 10**40]), None),
+    "keywords": (lambda: blend(mi_ziel=[0.1], mi_start=[0.2]), None),
+    "build": (build, None),
+    "build with another blend": (lambda: build_with(lambda start, target: start), None),
+    "no arguments": (blend, TypeError),
+    "three arguments": (lambda: blend([], [], []), TypeError),
+    "unknown keyword": (lambda: blend([], target=[]), TypeError),
+    "argument given twice": (lambda: blend([], mi_start=[]), TypeError),
+    "one by keyword": (lambda: blend(mi_ziel=[]), TypeError),
+    "no list": (lambda: blend([], (0.1,)), TypeError),
+    "subclass": (lambda: blend(type("Rates", (list,), {})(), []), TypeError),
+    "no number": (lambda: blend([0.1, 0.2, "x"], [0.3, 0.4, "y"]), TypeError),
+    "sour difference": (lambda: blend([0.1] * 9 + [Sour(0)], [0.2] * 10), ArithmeticError),
+    "sour product": (lambda: blend([0.1] * 9 + [Sour(1)], [0.2] * 10), ArithmeticError),
+    "sour sum": (lambda: blend([0.1] * 9 + [Sour(2)], [0.2] * 10), ArithmeticError),
+    "sour later": (lambda: blend([0.1] * 9 + [Sour(20)], [0.2] * 10), ArithmeticError),
+    "build with an argument": (lambda: build(1), TypeError),
+    "build without blend": (lambda: build_with(None), NameError),
+    "build with a blend that fails": (lambda: build_with(lambda start: start), TypeError),
+}
+
+
+def test_a_leak_would_show():
+    kept = []
+    assert min(growth(lambda: kept.append(object()), times=50)) >= 40
+
+
+@pytest.mark.parametrize(("call", "failure"), CALLS.values(), ids=CALLS)
+def test_calls_leave_nothing_behind(call, failure):
+    def action():
+        try:
+            call()
+        except Exception as error:
+            assert type(error) is failure
+        else:
+            assert failure is None
+
+    assert max(growth(action)) <= 0
+
+
+@pytest.mark.parametrize("point", [400, 8_000, 10_000, 13_000, 16_000, 20_000])
+def test_imports_without_memory_leave_nothing_behind(point):
+    trial(f"""
+        allocations = itertools.cycle(range({point}, {point} + 5))
+        def fail():
+            point = next(allocations)
+            assert fails(lambda: __import__(NAME), of_interpreter, point, point + 1), point
+        grown = growth(fail)
+        assert max(grown) <= 0, grown
+    """)
+
+
+def test_importing_again_costs_the_byte_that_the_interpreter_forgets():
+    """It keeps the state of a module, of no size here, anew each time that create hands it out."""
+    trial("""
+        module = import_it()
+        def again():
+            del sys.modules[NAME]
+            assert import_it() is module
+        grown = growth(again, times=7)
+        assert max(grown) <= 7, grown
+        leave()
+    """)

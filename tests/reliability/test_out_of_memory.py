@@ -1,0 +1,100 @@
+"""Memory runs out at every point of the import and of the functions, once or for good.
+
+_testcapi.set_nomemory lets allocations of the interpreter fail, by number. A module of the standard
+library goes through the same as control: what it suffers as well is not the fault of this one.
+"""
+
+import os
+import subprocess
+from concurrent.futures import ThreadPoolExecutor
+from pathlib import Path
+
+import pytest
+from trials import SANITIZED, trial
+
+PARTS = 8
+# Every point on two builds. The others differ by the compiler alone, or are slow.
+STRIDE = {"clang": 11, "sanitize": 41}.get(os.environ.get("DATA_TABLES_BUILD"), 1)
+
+IMPORT = """
+    action = lambda: __import__(NAME)
+    def check(failed):
+        # After the exec step the interpreter itself may still fail, and leaves what is complete.
+        gone = NAME not in sys.modules
+        assert (failed and gone) or complete(sys.modules[NAME]), failed
+"""
+CONTROL = """
+    action = lambda: __import__("_queue")
+    def check(failed):
+        assert failed or "_queue" in sys.modules
+"""
+CALL = """
+    module = import_it()
+    expected = repr(action())
+    def check(failed):
+        assert failed or repr(action()) == expected
+"""
+BUILD = "action = lambda: module._build_dav2004r_data()", CALL
+BLEND = "action = lambda: module._dav_mi_linear(start, target)", CALL
+FLOATS = "start, target = [n / 7 for n in range(40)], [n / 3 for n in range(50)]", *BLEND
+FRACTIONS = """
+    from fractions import Fraction
+    start, target = ([Fraction(n, prime) for n in range(40)] for prime in (10007, 10009))
+""", *BLEND  # fmt: skip
+
+
+def sweep(setting, allocations, lasting, record_property, at_least, stride=1):
+    """The parts of the sweep run side by side."""
+
+    def part(index):
+        call = f"sweep(action, check, {allocations}, {lasting}, {index * stride}, {PARTS * stride})"
+        return int(trial(*setting, f"print({call})"))
+
+    with ThreadPoolExecutor(os.cpu_count()) as pool:
+        failed = sum(pool.map(part, range(PARTS)))
+    record_property("points that failed", failed)
+    print(failed, "points failed")
+    assert failed >= at_least // stride
+
+
+once_and_for_good = pytest.mark.parametrize("lasting", [False, True], ids=["once", "for good"])
+
+
+@once_and_for_good
+@pytest.mark.parametrize(
+    ("setting", "stride", "at_least"),
+    [
+        pytest.param([IMPORT], STRIDE, 20_000, id="import"),
+        pytest.param([CONTROL], 1, 200, id="control"),
+        pytest.param(FLOATS, 1, 600, id="blend of floats"),
+        pytest.param(FRACTIONS, 1, 1_000, id="blend of fractions"),
+        pytest.param(BUILD, STRIDE, 6_000, id="build"),
+    ],
+)
+def test_interpreter_has_no_memory(setting, lasting, stride, at_least, record_property):
+    sweep(setting, "of_interpreter", lasting, record_property, at_least, stride)
+
+
+@pytest.fixture(scope="module")
+def failing_new(tmp_path_factory):
+    library = tmp_path_factory.mktemp("preload") / "failing_new.so"
+    source = Path(__file__).with_name("failing_new.cpp")
+    command = ["c++", "-std=c++20", "-O1", "-shared", "-fPIC", source, "-o", library]
+    subprocess.run(command, check=True)
+    return library
+
+
+@pytest.mark.skipif(SANITIZED, reason="the sanitizer has taken malloc over")
+@once_and_for_good
+@pytest.mark.parametrize(
+    ("setting", "at_least"),
+    [([IMPORT], 100), (FLOATS, 19), (BUILD, 50)],
+    ids=["import", "blend of floats", "build"],
+)
+def test_cxx_code_has_no_memory(
+    setting, lasting, at_least, failing_new, monkeypatch, record_property
+):
+    # When mapped, the C++ run-time library sets aside what it throws with when nothing is left.
+    mapped = "ctypes.CDLL(importlib.util.find_spec(NAME).origin)"
+    monkeypatch.setenv("LD_PRELOAD", str(failing_new))
+    sweep([mapped, *setting], "of_cxx", lasting, record_property, at_least)
