@@ -1,0 +1,204 @@
+"""What an import of the module costs, beside other ways to have the same tables.
+
+docs/benchmarks.md says what is measured and how.
+"""
+
+import argparse
+import ast
+import concurrent.futures
+import json
+import os
+import py_compile
+import re
+import subprocess
+import sys
+from pathlib import Path
+from statistics import median
+
+sys.dont_write_bytecode = True
+import contenders
+from contenders import here, project, say
+
+bench = project / "build" / "bench"
+
+# What the module is to reach, as ours / theirs.
+aims = {
+    ("import", "byte code"): 0.30,
+    ("import", "Cython"): 0.65,
+    ("import", "floor"): 1.20,
+    ("resident", "byte code"): 0.50,
+    ("resident", "Cython"): 0.90,
+}
+largest_extension = 300_000
+sizes = (1, 2, 4)
+
+
+def child(mode, each, *before, **settings):
+    """Runs child.py on a contender in a fresh interpreter."""
+    env = os.environ | {"PYTHONPATH": str(each.folder), "PYTHONDONTWRITEBYTECODE": "1"} | settings
+    command = [*before, sys.executable, bench / "child.pyc", mode, each.kind, each.file]
+    done = subprocess.run(command, env=env, capture_output=True, text=True)
+    if done.returncode != 0:
+        sys.exit(f"bench: {each.name}, {mode}:\n{done.stdout}{done.stderr}")
+    return done
+
+
+def answer(mode, each, **settings):
+    return ast.literal_eval(child(mode, each, **settings).stdout)
+
+
+def verify(found, shape):
+    """All hold the same values, of the same types, in the same orders, shared in the same way; the
+    floor holds as much."""
+    wanted = answer("check", found[0])
+    for each in found:
+        floor = each.name == "floor"
+        if answer("shape" if floor else "check", each) != (shape if floor else wanted):
+            sys.exit(f"bench: {each.name} does not hold what the module holds")
+
+
+def measure(found, rounds):
+    """Every contender once a round, in an order that rotates; the first round only warms up."""
+    measured = [[] for _ in found]
+    for turn in range(rounds + 1):
+        for place in range(len(found)):
+            index = (turn + place) % len(found)
+            result = answer("measure", found[index])
+            if turn > 0:
+                measured[index].append(result)
+    return measured
+
+
+def median_ratios(ours, theirs):
+    """The medians of the ratios, round by round."""
+    return {key: median(a[key] / b[key] for a, b in zip(ours, theirs)) for key in ours[0]}
+
+
+def instructions(each):
+    def count(mode):
+        tool = ("valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null")
+        report = child(mode, each, *tool, PYTHONHASHSEED="0").stderr
+        return int(re.search(r"Collected : (\d+)", report)[1])
+
+    return count("run") - count("idle")
+
+
+def compare(found, rounds):
+    counter = contenders.compiled(bench / "counter.so", here / "counter.c")
+    measured = measure(found, rounds)
+    return [{
+        "name": each.name,
+        "minimum": min(result["import"] for result in results),
+        "median": {key: median(result[key] for result in results) for key in results[0]},
+        "ratio": median_ratios(measured[0], results),
+        "instructions": instructions(each),
+        "on disk": each.file.stat().st_size,
+        "float": answer("shape", each)["float"],
+    } | answer("count", each, LD_PRELOAD=str(counter)) for each, results in zip(found, measured)]
+
+
+def growth(grown, rounds):
+    """What each contender costs, as multiples of its own cost with the smallest catalogue."""
+    of_size = [contenders.contenders(bench / f"grown-{size}", file, cython=False)
+               for size, file in zip(sizes, grown)]
+    for found, shape in of_size:
+        verify(found, shape)
+    measured = measure([each for found, _ in of_size for each in found], rounds)
+    smallest = of_size[0][0]
+    rows = {}
+    for index, each in enumerate(smallest):
+        series = measured[index::len(smallest)]
+        fastest = [min(result["import"] for result in results) for results in series]
+        rows[each.name] = [median_ratios(results, series[0]) | {"minimum": minimum / fastest[0]}
+                           for results, minimum in zip(series, fastest)]
+    return {"shapes": [shape for _, shape in of_size], "rows": rows}
+
+
+def print_columns(title, head, rows):
+    print(f"\n{title}")
+    widths = [max(map(len, column)) for column in zip(head, *rows)]
+    for first, *others in [head, *rows]:
+        cells = (cell.rjust(width) for cell, width in zip(others, widths[1:]))
+        print("  ".join([first.ljust(widths[0]), *cells]))
+
+
+def print_comparison(table):
+    print_columns(
+        "Import; ratios are ours / theirs",
+        ["", "ms, minimum", "ratio", "median", "ratio", "instructions", "ratio", "page faults"],
+        [[row["name"], f"{row['minimum'] / 1e6:.2f}", f"{table[0]['minimum'] / row['minimum']:.2f}",
+          f"{row['median']['import'] / 1e6:.2f}", f"{row['ratio']['import']:.2f}",
+          f"{row['instructions']}",
+          f"{table[0]['instructions'] / row['instructions']:.2f}", f"{row['median']['faults']:.0f}"]
+         for row in table])
+    print_columns(
+        "Memory added, in KiB; ratios are ours / theirs",
+        ["", "resident", "ratio", "anonymous", "ratio", "peak", "ratio"],
+        [[row["name"], *(text for key in ("resident", "anonymous", "peak")
+                         for text in (f"{row['median'][key]:.0f}", f"{row['ratio'][key]:.2f}"))]
+         for row in table])
+    print_columns(
+        "Allocations and size",
+        ["", "floats held", "allocations", "kept", "malloc calls", "bytes on disk"],
+        [[row["name"], f"{row['float']}", f"{row['made']}", f"{row['median']['kept']:.0f}",
+          f"{row['malloc']}", f"{row['on disk']}"] for row in table])
+
+
+def print_aims(table):
+    ratios = {(key, row["name"]): row["ratio"][key] for row in table for key in row["ratio"]}
+    size = table[0]["on disk"]
+    lines = [(f"{key}, ours / {name}", f"{ratios[key, name]:.2f}", f"{aim:.2f}",
+              "reached" if ratios[key, name] <= aim else "missed")
+             for (key, name), aim in aims.items() if (key, name) in ratios]
+    lines.append(("bytes of the extension", f"{size}", f"{largest_extension}",
+                  "reached" if size <= largest_extension else "missed"))
+    print_columns("Aims", ["", "is", "at most", ""], lines)
+
+
+def print_growth(grown):
+    keys = ("minimum", "resident", "faults")
+    rows = [[name, *(f"{row[key]:.2f}" for key in keys for row in series)]
+            for name, series in grown["rows"].items()]
+    titles = ("import", "resident", "faults")
+    print_columns("Growth, as multiples of the smallest catalogue; the import by its minimum",
+                  ["", *(f"{title} x{size}" for title in titles for size in sizes)], rows)
+    print_columns("What the grown catalogues hold, as multiples",
+                  ["", *(f"x{size}" for size in sizes)],
+                  [[kind, *(f"{shape[kind] / smallest:.2f}" for shape in grown["shapes"])]
+                   for kind, smallest in grown["shapes"][0].items()])
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("--rounds", type=int, default=40, help="fresh processes of each contender")
+    parser.add_argument("--json", type=Path, metavar="FILE", help="write all results there as well")
+    parser.add_argument("--quick", action="store_true",
+                        help="5 rounds, neither growth nor what takes minutes to compile")
+    options = parser.parse_args()
+    rounds = 5 if options.quick else options.rounds
+
+    from marlune.tables import data_tables
+
+    py_compile.compile(here / "child.py", bench / "child.pyc", doraise=True)
+    with concurrent.futures.ThreadPoolExecutor() as pool:
+        grown = [pool.submit(contenders.grown, bench / f"grown-{size}", size)
+                 for size in sizes if not options.quick]
+        found, shape = contenders.contenders(bench, Path(data_tables.__file__), not options.quick)
+    verify(found, shape)
+    say(f"{rounds} rounds of {len(found)} contenders")
+    results = {"rounds": rounds, "shape": shape, "contenders": compare(found, rounds)}
+    if grown:
+        say(f"{rounds} rounds of catalogues of {len(sizes)} sizes")
+        results["growth"] = growth([each.result() for each in grown], rounds)
+
+    print("The module holds", ", ".join(f"{n} {kind}" for kind, n in shape.items()))
+    print_comparison(results["contenders"])
+    print_aims(results["contenders"])
+    if grown:
+        print_growth(results["growth"])
+    if options.json:
+        options.json.write_text(json.dumps(results, indent=1) + "\n")
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,213 @@
+"""What the module is compared with: made in build/bench, from the module itself."""
+
+import json
+import pickle
+import py_compile
+import re
+import subprocess
+import sys
+import sysconfig
+from collections import Counter
+from dataclasses import dataclass
+from pathlib import Path
+
+from child import shape, walk
+
+here = Path(__file__).resolve().parent
+project = here.parent
+module_file = Path("marlune", "tables", "data_tables")
+extension = module_file.with_suffix(sysconfig.get_config_var("EXT_SUFFIX"))
+
+
+@dataclass
+class Contender:
+    name: str
+    kind: str  # how child.py loads it
+    file: Path  # what an installation would hold
+    folder: Path  # what child.py has on its path
+
+
+def say(text):
+    print(f"bench: {text}", file=sys.stderr)
+
+
+def run(*command):
+    done = subprocess.run([*map(str, command)], capture_output=True, text=True)
+    if done.returncode != 0:
+        sys.exit(f"bench: {' '.join(map(str, command))}\n{done.stdout}{done.stderr}")
+
+
+def write(path, content):
+    """Only where it changes anything, so that nothing is built again without need."""
+    content = content if isinstance(content, bytes) else content.encode()
+    path.parent.mkdir(parents=True, exist_ok=True)
+    if not path.exists() or path.read_bytes() != content:
+        path.write_bytes(content)
+    return path
+
+
+def compiled(target, *sources):
+    newest = max(source.stat().st_mtime for source in sources)
+    if not target.exists() or target.stat().st_mtime < newest:
+        target.parent.mkdir(parents=True, exist_ok=True)
+        include = "-I" + sysconfig.get_path("include")
+        run("gcc", "-O2", "-DNDEBUG", "-s", "-shared", "-fPIC", include, sources[0], "-o", target)
+    return target
+
+
+def python_source(tables):
+    """The tables as a plain module; a list or dict that several places hold gets a name."""
+    parts = [part for found in walk(tables) if type(found) is dict for part in found.values()]
+    uses = Counter(id(part) for part in parts if type(part) in (list, dict))
+    names, lines = {}, []
+
+    def display(found):
+        if id(found) in names:
+            return names[id(found)]
+        text = repr(found)
+        if type(found) is dict:
+            text = "{" + ", ".join(f"{key!r}: {display(each)}" for key, each in found.items()) + "}"
+        if uses[id(found)] < 2:
+            return text
+        names[id(found)] = f"_SHARED_{len(names)}"
+        lines.append(f"{names[id(found)]} = {text}")
+        return names[id(found)]
+
+    for name, payload in tables.items():
+        lines.append(f"{name} = {display(payload)}")
+    lines.append("REPO_TABLES = {" + ", ".join(f"{name!r}: {name}" for name in tables) + "}")
+    return "\n".join(lines) + "\n"
+
+
+def json_document(tables):
+    """The tables with their columns by number, so that a shared one stands once."""
+    columns, numbers = [], {}
+
+    def place(column):
+        if id(column) not in numbers:
+            mapping = type(column) is dict
+            columns.append({k: place(v) for k, v in column.items()} if mapping else column)
+            numbers[id(column)] = len(columns) - 1
+        return numbers[id(column)]
+
+    placed = {
+        name: payload | {"data": {key: place(column) for key, column in payload["data"].items()}}
+        for name, payload in tables.items()
+    }
+    return json.dumps({"columns": columns, "tables": placed}, ensure_ascii=False,
+                      separators=(",", ":"))
+
+
+def shape_header(held):
+    """What the floor is to ask the interpreter for, in C."""
+    found = walk(held)
+    texts = [each.encode() for each in found if type(each) is str]
+    arrays = {
+        "long ints": [each for each in found if type(each) is int],
+        "char text_bytes": [byte - 256 * (byte > 127) for byte in b"".join(texts)],
+        "short text_sizes": [len(text) for text in texts],
+        "short list_sizes": [len(each) for each in found if type(each) is list],
+        "short dict_sizes": sorted(len(each) for each in found if type(each) is dict),
+    }
+    lines = [f"static const {name}[] = {{{str(array)[1:-1]}}};" for name, array in arrays.items()]
+    return "\n".join([f"enum {{ floats = {shape(held)['float']} }};", *lines]) + "\n"
+
+
+def imported(file):
+    """The module in this file, also when another one of its name has been imported before."""
+    for name in [name for name in sys.modules if name.split(".")[0] in ("marlune", "data_tables")]:
+        del sys.modules[name]
+    sys.path.insert(0, str(file.parents[2]))
+    from marlune.tables import data_tables
+
+    sys.path.pop(0)
+    assert Path(data_tables.__file__) == file
+    return data_tables
+
+
+def contenders(folder, own, cython):
+    """All of them, made in the folder from the extension `own`; and the shape of what it holds."""
+    module = imported(own)
+    tables = module.REPO_TABLES
+    held = {name: value for name, value in vars(module).items()
+            if name == "__test__" or not name.startswith("__")}
+
+    source = write(folder / "bytecode" / module_file.with_suffix(".py"), python_source(tables))
+    byte_code = Path(py_compile.compile(str(source), doraise=True))
+    found = [Contender("ours", "module", own, own.parents[2]),
+             Contender("byte code", "module", byte_code, folder / "bytecode")]
+
+    if cython:
+        plain = write(folder / "cython/source/data_tables.py", source.read_bytes())
+        c_file, target = folder / "cython/source/data_tables.c", folder / "cython" / extension
+        if not c_file.exists() or c_file.stat().st_mtime < plain.stat().st_mtime:
+            say("compiling with Cython (some minutes, once)")
+            run("cython3", "-3", plain, "-o", c_file)
+        found.append(Contender("Cython", "module", compiled(target, c_file), folder / "cython"))
+
+    pickled = write(folder / "tables.pickle", pickle.dumps(tables, protocol=5))
+    document = write(folder / "tables.json", json_document(tables))
+    found += [Contender("pickle", "pickle", pickled, folder),
+              Contender("json", "json", document, folder),
+              Contender("orjson", "orjson", document, folder)]
+
+    c_file = write(folder / "floor/source/floor.c", (here / "floor.c").read_bytes())
+    header = write(folder / "floor/source/shape.h", shape_header(held))
+    target = compiled(folder / "floor" / extension, c_file, header)
+    found.append(Contender("floor", "module", target, folder / "floor"))
+    return found, shape(held)
+
+
+def replaced(text, pattern, replacement):
+    text, count = re.subn(pattern, replacement, text, flags=re.MULTILINE)
+    if count == 0:
+        sys.exit(f"bench: the sources no longer hold what the growth replaces: {pattern}")
+    return text
+
+
+def grown(folder, factor):
+    """The module built from a copy of its sources that binds every table `factor` times."""
+    sources = {path.relative_to(project).as_posix(): path.read_text()
+               for path in [project / "CMakeLists.txt", *project.glob("tables/**/*.*p*")]}
+    sources["tables/grown.hpp"] = (here / "grown.hpp").read_text()
+
+    def change(name, pattern, replacement):
+        sources[name] = replaced(sources[name], pattern, replacement)
+
+    body, repository = "tables/body.hpp", "tables/repository.hpp"
+    recipes, functions = "tables/payload/recipes.hpp", "dav2004r/functions.cpp"
+    copies, statements = [], []
+    names = re.findall(r'^    "(.*)",$', sources[repository], re.MULTILINE)
+    bound = re.findall(r"^    (table|call)\((.*)\),$", sources[body], re.MULTILINE)
+    for copy in range(1, factor):
+        for use, name in bound:
+            if use == "call":
+                statements.append("    call(" + name.replace('",', f'_{copy}",', 1) + "),")
+                continue
+            own = name.split("::")[1] + f"_{copy}"
+            copies.append(f"inline constexpr Payload {own} = grown::copy_of<{name}, {copy}>("
+                          f'"{own}", "_DAV2004R_DATA_{copy}");')
+            statements.append(f"    table({own}),")
+    change(body, r"^namespace", '#include "grown.hpp"\n\nnamespace')
+    change(body, r"^struct Statement", "\n".join([*copies, "", "struct Statement"]))
+    change(body, r"^    repository\(", "\n".join([*statements, "    repository("]))
+    change(repository, r'(^    ".*",\n)+', "".join(
+        f'    "{name}{suffix}",\n' for suffix in ["", *(f"_{n}" for n in range(1, factor))]
+        for name in names))
+    # Room for more; indices of 32 bits, because 16 do not reach.
+    change(recipes, r"^(  Bounded<.*, )([\d']+)(> \w+;)$", rf"\g<1>{factor} * \2\3")
+    change(recipes, "using Index = std::uint16_t", "using Index = std::uint32_t")
+    change(recipes, "<< 14U", "<< 16U")
+    change(recipes, ">> 50U", ">> 48U")
+    # One unit for both users of the constants, so that the compiler resolves them once.
+    change("tables/body.cpp", r"\Z", f'#include "{functions}"\n')
+    change("CMakeLists.txt", rf"^ *tables/{functions}$", "")
+
+    for name, text in sources.items():
+        write(folder / "source" / name, text)
+    build = folder / "build"
+    if not (build / "build.ninja").exists():
+        run("cmake", "-S", folder / "source", "-B", build, "-G", "Ninja",
+            "-DCMAKE_BUILD_TYPE=Release")
+    run("cmake", "--build", build)
+    return build / extension

@@ -1,0 +1,65 @@
+#pragma once
+
+// Tables once more, under other names and with other rates: what the module would be if it had so
+// many more of the same kind. Derived lists keep their base vector and get another factor.
+
+#include "payload/record.hpp"
+
+namespace marlune::tables::grown {
+
+// The values at which rates end, and ints, are the same in every table.
+constexpr Number varied(Number number, int copy) {
+  const bool end = number.value == 0.0 || number.value == 1.0 || number.value == 1000.0;
+  return number.integer || end ? number : Number(number.value * (1.0 + copy * 0x1p-30));
+}
+
+constexpr std::size_t literals_of(const Payload &table) {
+  std::size_t count = 0;
+  for (const Column &column : table.data) {
+    for (const Entry &entry : column.entries) {
+      count += entry.rates.literals.size();
+    }
+  }
+  return count;
+}
+
+template <const Payload &table, int copy>
+inline constexpr auto numbers = [] {
+  std::array<Number, literals_of(table)> all{};
+  std::size_t next = 0;
+  for (const Column &column : table.data) {
+    for (const Entry &entry : column.entries) {
+      for (const Number &number : entry.rates.literals) {
+        all[next] = varied(number, copy);
+        ++next;
+      }
+    }
+  }
+  return all;
+}();
+
+template <const Payload &table, int copy>
+constexpr Payload copy_of(std::string_view attribute, std::string_view source) {
+  Payload grown = table;
+  grown.attribute = attribute;
+  if (grown.data_source) {
+    grown.data_source->attribute = source;
+  }
+  grown.data = {};
+  std::size_t next = 0;
+  for (Column column : table.data) {
+    const auto entries = column.entries;
+    column.entries = {};
+    for (Entry entry : entries) {
+      const std::size_t count = entry.rates.literals.size();
+      entry.rates.literals = Literals(numbers<table, copy>).subspan(next, count);
+      entry.rates.factor *= 1.0 + copy * 0x1p-30;
+      next += count;
+      column.entries.push_back(entry);
+    }
+    grown.data.push_back(column);
+  }
+  return grown;
+}
+
+} // namespace marlune::tables::grown
