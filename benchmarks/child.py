@@ -2,8 +2,8 @@
 
 Run by bench.py:  child.py MODE KIND [FILE]
 
-Little is imported at the top: memory that other imports have given back would hide a part of what the
-tables need.
+Little is imported at the top: memory that other imports have given back would hide a part of what
+the tables need.
 """
 
 import gc

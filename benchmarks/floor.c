@@ -1,7 +1,7 @@
 // The floor: asks the interpreter for as many floats, ints, texts, lists, dicts and references as
 // the module ends up holding, as large as those, and does nothing else: no rate to look up or to
-// compute, no sharing to get right. shape.h says what to ask for; the benchmark counts it out of the
-// module.
+// compute, no sharing to get right. shape.h says what to ask for; the benchmark counts it out of
+// the module.
 
 #include <Python.h>
 
