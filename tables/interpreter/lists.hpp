@@ -2,31 +2,36 @@
 
 #include "interpreter/reference.hpp"
 
-#include <cstddef>
-#include <vector>
-
 namespace marlune::tables {
 
-// Collects the items of a list that is not there before it is full: arithmetic on items may run
-// code that looks at every list of the process.
+// A list that nobody sees before it is full: arithmetic on items may run code that looks at every
+// list of the process, and such code finds only what the collector tracks.
 class Items {
 public:
-  explicit Items(Py_ssize_t expected) { items_.reserve(static_cast<std::size_t>(expected)); }
+  explicit Items(Py_ssize_t expected) : list_(Reference::steal(PyList_New(expected))) {
+    PyObject_GC_UnTrack(list_.get());
+  }
 
-  void add(Reference item) { items_.push_back(std::move(item)); }
+  void add(Reference item) {
+    if (size_ < PyList_GET_SIZE(list_.get())) {
+      PyList_SET_ITEM(list_.get(), size_, item.release());
+    } else {
+      check(PyList_Append(list_.get(), item.get()));
+    }
+    ++size_;
+  }
 
   [[nodiscard]] Reference list() && {
-    Reference list = Reference::steal(PyList_New(static_cast<Py_ssize_t>(items_.size())));
-    Py_ssize_t index = 0;
-    for (Reference &item : items_) {
-      PyList_SET_ITEM(list.get(), index, item.release());
-      ++index;
+    if (size_ < PyList_GET_SIZE(list_.get())) {
+      check(PyList_SetSlice(list_.get(), size_, PY_SSIZE_T_MAX, nullptr));
     }
-    return list;
+    PyObject_GC_Track(list_.get());
+    return std::move(list_);
   }
 
 private:
-  std::vector<Reference> items_;
+  Reference list_;
+  Py_ssize_t size_ = 0;
 };
 
 // The items of an iterable, one after the other, each held while it is used. A list is walked by
