@@ -33,7 +33,6 @@ LiteralObjects::LiteralObjects(const Recipes &recipes) {
   }
   for (const std::string_view text : recipes.texts) {
     objects_.push_back(text_object(text));
-    check(PyObject_Hash(objects_.back().get()) == -1 ? -1 : 0);
   }
   for (PyObject *const singleton : {Py_None, Py_False, Py_True}) {
     objects_.push_back(Reference::borrow(singleton));
