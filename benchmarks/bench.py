@@ -1,6 +1,6 @@
 """What an import of the module costs, beside other ways to have the same tables.
 
-docs/benchmarks.md says what is measured and how.
+docs/performance.md says what is measured and how.
 """
 
 import argparse

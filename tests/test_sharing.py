@@ -1,5 +1,7 @@
 """Who holds which list and dict: the aliasing of the whole module against a declared map."""
 
+import gc
+
 import pytest
 from columns import SYNTHETIC
 from fresh import run
@@ -74,6 +76,16 @@ def test_nothing_is_shared_but_what_is_declared():
 
 def test_inventory_shares_its_payloads_with_the_attributes():
     assert all(REPO_TABLES[name] is ATTRIBUTES[name] for name in REPO_TABLES)
+
+
+def test_collector_knows_every_list():
+    """A list may hold what leads back to it: one that the collector did not know would leak."""
+    blended = module._dav_mi_linear([0.5], [0.25])
+    built = module._build_dav2004r_data()["SelUlt_2o"]["qx_m"]
+    columns = [column for table in REPO_TABLES.values() for column in table["data"].values()]
+    for column in [blended, built, *columns]:
+        for rates in column.values() if isinstance(column, dict) else [column]:
+            assert gc.is_tracked(rates)
 
 
 @pytest.mark.parametrize("kind", [float, str])

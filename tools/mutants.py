@@ -43,6 +43,7 @@ MUTANTS = [
     ("a replaced round not called", "tables/payload/objects.cpp", "live_.builtins.own_round && ", ""),
     ("a replaced zip not called", "tables/dav2004r/functions.cpp", "!builtins.own_zip", "false"),
     ("a list walked to its old length", "tables/interpreter/lists.hpp", "Py_ssize_t index = 0; index < PyList_GET_SIZE(iterable)", "Py_ssize_t index = 0, size = PyList_GET_SIZE(iterable); index < size", "sanitize"),
+    ("a list that the collector never hears of", "tables/interpreter/lists.hpp", "    PyObject_GC_Track(list_.get());\n", ""),
     ("an item used without being held", "tables/dav2004r/functions.cpp", "    action(start.get(), target.get());\n  }\n}", "    const_cast<Reference &>(start) = Reference();\n    action(PyList_GET_ITEM(trends.start, index), target.get());\n  }\n}", "sanitize"),
     ("a failed import not given up", "tables/module.cpp", "  state().live.reset();\n", ""),
     ("no traceback entry", "tables/module.cpp", "  if (progress.line != 0) {", "  if (progress.line < 0) {"),
