@@ -1,8 +1,8 @@
 """Check that CHANGELOG.md names every changed column of docs/provenance.md; silent where it does.
 
 Usage: changelog.py [FOLDER], by default the top of the tree. Every section carries one digest over
-the rows of the provenance as they were released. Undoing the newest section's rows of changed columns
-must lead to the digest of the section below, and so on down to the first release.
+the rows of the provenance as they were released. Undoing the newest section's rows of changed
+columns must lead to the digest of the section below, and so on down to the first release.
 """
 
 import hashlib

@@ -45,7 +45,7 @@ assert marlune.TableBuilder and importlib.util.find_spec("marlune.tables.data_ta
 
 
 def run(*command: str | Path, cwd: Path = TOP) -> str:
-    """What the command prints. Other builds of the module and the caller's settings are out of sight."""
+    """What the command prints. It sees no other build of the module and no settings of the caller."""
     environment = {key: value for key, value in os.environ.items() if not key.startswith("PYTHON")}
     done = subprocess.run(
         command, cwd=cwd, env=environment, capture_output=True, text=True, check=False
@@ -134,11 +134,11 @@ def main() -> None:
     source = make_source_distribution(folder)
     wheel = make_wheel(source, folder)
     print(source, wheel, sep="\n")
-    print("The wheel, built from the source distribution alone, holds the tested module, byte for byte:")
+    print("The wheel, built from that distribution alone, holds the tested module, byte for byte:")
     print(*prove_contents(wheel), sep="\n")
     with TemporaryDirectory() as made:
         prove_installation(wheel, make_wheel(STAND_IN, Path(made)))
-    print("In a new environment it works alone and beside a package marlune, whichever comes first;")
+    print("In a new environment it works alone and beside a package marlune, whichever is first;")
     print("uninstalling either leaves the other working, uninstalling both leaves no file.")
 
 

@@ -44,10 +44,8 @@ def test_cmake_names_an_interpreter_that_does_not_do(kind, lie, tmp_path):
     stub = tmp_path / "python"
     stub.write_text(STUB.format(python=sys.executable, lie=lie), encoding="utf-8")
     stub.chmod(0o755)
-    done = subprocess.run(
-        ["cmake", "-G", "Ninja", "-S", TOP, "-B", tmp_path / "build", f"-DPython_EXECUTABLE={stub}"],
-        capture_output=True, text=True, check=False,
-    )  # fmt: skip
+    command = ["cmake", "-G", "Ninja", "-S", TOP, "-B", tmp_path, f"-DPython_EXECUTABLE={stub}"]
+    done = subprocess.run(command, capture_output=True, text=True, check=False)
     said = " ".join(done.stderr.split())
     assert done.returncode != 0 and "is for CPython 3.14 with a GIL" in said, said
     assert f"Found: {stub} ({kind})" in said, said
@@ -101,7 +99,8 @@ def test_changed_column_needs_a_row_in_the_changelog(tmp_path):
     for rows in [(), (changed,), (added,), (changed.replace("bb", "ba"), added)]:
         said = check("1.1", section("1.1", digest, *rows) + first, *now)
         assert "1.0: digest of all columns: undoing the rows of 1.1 gives" in said, rows
-    for what, said in {"misprint": "reason or source is missing", "b2": "the column has b2"}.items():
+    told = {"misprint": "reason or source is missing", "b2": "the column has b2"}
+    for what, said in told.items():
         rows = (changed.replace(what, ""), added)
         assert said in check("1.1", section("1.1", digest, *rows) + first, *now)
     assert "the version in pyproject.toml is 1.2" in check("1.2", first, "aa", "bb")
