@@ -45,7 +45,7 @@ assert marlune.TableBuilder and importlib.util.find_spec("marlune.tables.data_ta
 
 
 def run(*command: str | Path, cwd: Path = TOP) -> str:
-    """What the command prints. It sees no other build of the module and no settings of the caller."""
+    """What the command prints. It sees no other build of the module, nor settings of the caller."""
     environment = {key: value for key, value in os.environ.items() if not key.startswith("PYTHON")}
     done = subprocess.run(
         command, cwd=cwd, env=environment, capture_output=True, text=True, check=False
