@@ -7,6 +7,13 @@
 
 #include <utility>
 
+#if PY_VERSION_HEX >> 16 != 0x030E || defined(PYPY_VERSION)
+#error "data_tables is for CPython 3.14"
+#endif
+#ifdef Py_GIL_DISABLED
+#error "data_tables needs an interpreter with a GIL: this one is free-threaded"
+#endif
+
 namespace marlune::tables {
 
 // The interpreter's error indicator is set; says nothing more, because the indicator does.

@@ -1,0 +1,3 @@
+from marlune.tables import TableBuilder
+
+__all__ = ["TableBuilder"]

@@ -1,0 +1,106 @@
+"""The package as people install it, the interpreters that it refuses, and its changelog."""
+
+import re
+import subprocess
+import sys
+import sysconfig
+from pathlib import Path
+
+import pytest
+from compiler import compile_source
+
+TOP = Path(__file__).parent.parent.parent
+
+
+def test_wheel_from_the_source_distribution_installs_beside_the_rest_of_the_package(tmp_path):
+    done = subprocess.run(
+        [sys.executable, TOP / "tools" / "wheel.py", tmp_path],
+        capture_output=True, text=True, check=False,
+    )  # fmt: skip
+    assert done.returncode == 0, done.stdout + done.stderr
+    assert sorted(path.suffix for path in tmp_path.iterdir()) == [".gz", ".whl"]
+
+
+# An interpreter that says something untrue about itself.
+STUB = """#!{python} -I
+import platform, sys, sysconfig
+{lie}
+exec(sys.argv[sys.argv.index("-c") + 1])
+"""
+
+
+@pytest.mark.parametrize(
+    "kind, lie",
+    {
+        "CPython 3.13 with a GIL": "sys.version_info = (3, 13, 9, 'final', 0)",
+        "CPython 3.15 without a GIL": "sys.version_info = (3, 15, 0, 'final', 0)\n"
+        "sysconfig.get_config_vars()['Py_GIL_DISABLED'] = 1",
+        "CPython 3.14 without a GIL": "sysconfig.get_config_vars()['Py_GIL_DISABLED'] = 1",
+        "PyPy 3.14 with a GIL": "platform.python_implementation = lambda: 'PyPy'",
+        "does not run": "sys.exit(1)",
+    }.items(),
+)
+def test_cmake_names_an_interpreter_that_does_not_do(kind, lie, tmp_path):
+    stub = tmp_path / "python"
+    stub.write_text(STUB.format(python=sys.executable, lie=lie), encoding="utf-8")
+    stub.chmod(0o755)
+    command = ["cmake", "-G", "Ninja", "-S", TOP, "-B", tmp_path, f"-DPython_EXECUTABLE={stub}"]
+    done = subprocess.run(command, capture_output=True, text=True, check=False)
+    said = " ".join(done.stderr.split())
+    assert done.returncode != 0 and "is for CPython 3.14 with a GIL" in said, said
+    assert f"Found: {stub} ({kind})" in said, said
+
+
+@pytest.mark.parametrize(
+    "changed, message",
+    {
+        "#define PY_VERSION_HEX 0x030D09F0": "data_tables is for CPython 3.14",
+        "#define PY_VERSION_HEX 0x030F00A1": "data_tables is for CPython 3.14",
+        "#define Py_GIL_DISABLED 1": "this one is free-threaded",
+        "": "",
+    }.items(),
+)
+def test_compiler_refuses_other_headers(changed, message):
+    name = changed.split()[1] if changed else "NOTHING"
+    compiled, said = compile_source(
+        f'#include <Python.h>\n#undef {name}\n{changed}\n#include "interpreter/reference.hpp"',
+        "-fsyntax-only", "-isystem", sysconfig.get_path("include"),
+    )  # fmt: skip
+    assert compiled == (message == "") and message in said, said
+
+
+def test_changed_column_needs_a_row_in_the_changelog(tmp_path):
+    def check(version, changelog, *digests):
+        """What the check says of a tree with this changelog and these columns."""
+        rows = [f"| `T{number}` | `qx_m` | 1.0 | `{it}` |" for number, it in enumerate(digests)]
+        (tmp_path / "docs").mkdir(exist_ok=True)
+        (tmp_path / "docs" / "provenance.md").write_text("\n".join(rows), encoding="utf-8")
+        (tmp_path / "pyproject.toml").write_text(f"[project]\nversion = '{version}'\n")
+        (tmp_path / "CHANGELOG.md").write_text(changelog, encoding="utf-8")
+        command = [sys.executable, TOP / "tools" / "changelog.py", tmp_path]
+        done = subprocess.run(command, capture_output=True, text=True, check=False)
+        assert (done.returncode == 0) == (done.stderr == "")
+        return done.stderr
+
+    def section(version, digest, *rows):
+        return "\n".join([f"\n## {version}", f"Digest of all columns: `{digest}`", *rows, ""])
+
+    def digest_in(said):
+        return re.search(r"docs/provenance.md gives (\w{16})\n", said)[1]
+
+    first = section("1.0", digest_in(check("1.0", section("1.0", ""), "aa", "bb")))
+    assert check("1.0", first, "aa", "bb") == ""
+    # A column changes, another one is added.
+    now = ("aa", "b2", "cc")
+    digest = digest_in(check("1.0", first, *now))
+    changed = "| `T1` | `qx_m` | `bb` | `b2` | misprint | page 1 |"
+    added = "| `T2` | `qx_m` | - | `cc` | asked for | page 2 |"
+    assert check("1.1", section("1.1", digest, changed, added) + first, *now) == ""
+    for rows in [(), (changed,), (added,), (changed.replace("bb", "ba"), added)]:
+        said = check("1.1", section("1.1", digest, *rows) + first, *now)
+        assert "1.0: digest of all columns: undoing the rows of 1.1 gives" in said, rows
+    told = {"misprint": "reason or source is missing", "b2": "the column has b2"}
+    for what, said in told.items():
+        rows = (changed.replace(what, ""), added)
+        assert said in check("1.1", section("1.1", digest, *rows) + first, *now)
+    assert "the version in pyproject.toml is 1.2" in check("1.2", first, "aa", "bb")
