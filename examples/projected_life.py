@@ -1,7 +1,7 @@
 """Projected rates with CB-H-2020 of the Chilean supervisor: improvement by calendar year and age.
 
-q(x, t) = q(x, 2020) · (1 - AA(x, 2021)) · … · (1 - AA(x, t)). The supervisor's own worked example is a
-male of 65 in 2022: 0.008526031.
+q(x, t) = q(x, 2020) · (1 - AA(x, 2021)) · … · (1 - AA(x, t)). The supervisor's own worked example
+is a male of 65 in 2022: 0.008526031.
 """
 
 from math import prod

@@ -70,7 +70,9 @@ RECONSTRUCTED = "ages 21 to 62 are reconstructed, not published"
 
 
 def purpose_of(name):
-    purpose = PURPOSES.get(name) or PURPOSES[name.partition("_")[2]]
+    purpose = PURPOSES.get(name) or PURPOSES.get(name.partition("_")[2])
+    if purpose is None:
+        sys.exit(f"PURPOSES in tools/catalogue.py does not say what {name} is for")
     return f"{purpose}; **{RECONSTRUCTED}**" if is_reconstructed(name) else purpose
 
 
@@ -114,7 +116,7 @@ def print_catalogue():
 def print_documented_use():
     payload = dict(PER2020_Ind_1o)
     data = payload.pop("data")
-    print("\nThe documented use: copy the payload, take \"data\" out of the copy, pass on the rest.")
+    print('\nThe documented use: copy the payload, take "data" out of the copy, pass on the rest.')
     print("TableBuilder(")
     print("    {" + ", ".join(f"{key!r}: {len(rates)} rates" for key, rates in data.items()) + "},")
     for key, value in payload.items():

@@ -90,7 +90,8 @@ _dav_mi_linear((0.1,), [0.1])
 GAM71["omega"] = 120
 """
 # The page about types shows both, in a block each.
-MIXED, USE = re.findall(r"^```py(?:thon)?\n(.*?)^```", (TOP / "docs/types.md").read_text(), re.M | re.S)
+PAGE = (TOP / "docs" / "types.md").read_text()
+MIXED, USE = re.findall(r"^```py(?:thon)?\n(.*?)^```", PAGE, re.M | re.S)
 MISTAKES = {("bad.py", number) for number, line in enumerate(BAD.splitlines(), 1)
             if line and line[0] not in "# )" and not line.startswith("from ")}
 MISTAKES |= {("mixed.py", number) for number, line in enumerate(MIXED.splitlines(), 1)
@@ -102,8 +103,8 @@ FILES = {"good.py": GOOD, "use.py": USE, "bad.py": BAD, "mixed.py": MIXED}
 def environment(request, tmp_path_factory):
     """A virtual environment with the module installed, with and without __init__.py beside it."""
     folder = tmp_path_factory.mktemp(request.param)
-    command = [sys.executable, "-m", "venv", "--without-pip", "--system-site-packages", folder / "venv"]
-    subprocess.run(command, check=True, timeout=120)
+    options = ("--without-pip", "--system-site-packages")
+    subprocess.run([sys.executable, "-m", "venv", *options, folder / "venv"], check=True)
     (site,) = (folder / "venv" / "lib").glob("python3.14/site-packages")
     installed = Path(module.__file__).parents[1]
     shutil.copytree(installed, site / "marlune", ignore=shutil.ignore_patterns("__pycache__"))
