@@ -1,5 +1,6 @@
 """The module's life: entry, create step, exec step, failure and retry."""
 
+import inspect
 import subprocess
 import sys
 import sysconfig
@@ -42,6 +43,7 @@ def test_functions_describe_themselves():
         "Build DAV 2004 R year-indexed MI grid (2004 start → linear blend → 2024 target)."
     )
     assert build.__doc__ is None
+    assert [str(inspect.signature(each)) for each in (blend, build)] == ["(mi_start, mi_ziel)", "()"]
     import pickle
 
     assert pickle.loads(pickle.dumps(blend)) is blend

@@ -1,13 +1,11 @@
-"""Compare docs/provenance.md and docs/catalogue.md with the module; silent where they agree.
+"""Compare docs/provenance.md with the module; silent where they agree.
 
---catalogue   compare the catalogue only
---write       put the module's digests into the provenance first
+--write   put the module's digests into it first
 """
 
 import hashlib
 import sys
 from decimal import Decimal
-from difflib import unified_diff
 from pathlib import Path
 
 from marlune.tables.data_tables import REPO_TABLES
@@ -94,22 +92,11 @@ def disagreements(write=False):
     return wrong + [f"{' '.join(column)}: not in the document" for column in missing]
 
 
-def catalogue_disagreements():
-    """The rows that the catalogue and the module do not share, as a diff from one to the other."""
-    from catalogue import line as row_of  # beside this file: a row is what it prints for a table
-
-    lines = PROVENANCE.with_name("catalogue.md").read_text(encoding="utf-8").splitlines()
-    rows = [" | ".join(cells) for _, cells in rows_of(lines)]
-    tables = [" | ".join(row_of(*table)) for table in REPO_TABLES.items()]
-    return list(unified_diff(rows, tables, "docs/catalogue.md", "the module", n=0, lineterm=""))
-
-
 if __name__ == "__main__":
     options = set(sys.argv[1:])
-    if options - {"--catalogue", "--write"}:
+    if options - {"--write"}:
         sys.exit(__doc__)
-    problems = [] if "--catalogue" in options else disagreements("--write" in options)
-    problems += catalogue_disagreements()
+    problems = disagreements("--write" in options)
     for problem in problems:
         print(problem, file=sys.stderr)
     sys.exit(bool(problems))

@@ -4,156 +4,476 @@ A payload is the metadata of a table and, under "data", its columns. Rates are p
 `omega - start_age + 1` entries, the first for `start_age`. Decrement rates are per mille where
 `decrement_scale_factor` is 1000 and decimal where it is 1; improvement rates are decimal.
 
-All containers are shared between the tables that hold them. Copy before you change.
+All containers are shared between the tables that hold them. Copy before you change: the payloads
+are read-only to type checkers, the lists of rates are not.
 
-Importing raises ImportError in a second interpreter of the process. The source of every column is in
-docs/provenance.md of the project.
+Each attribute has the exact type of its table; `REPO_TABLES` maps its literal names to the same
+types. Code for any table takes a `TablePayload`, which every exact type is. The types exist for
+checkers only: import them under `if TYPE_CHECKING:`.
+
+Importing raises ImportError in a second interpreter of the process. The source of every column is
+in docs/provenance.md of the project.
 """
 
-from typing import Any, Literal, NotRequired, TypedDict, type_check_only
+from collections.abc import Mapping
+from typing import (
+    Any,
+    Literal,
+    Never,
+    NotRequired,
+    ReadOnly,
+    Required,
+    TypedDict,
+    overload,
+    type_check_only,
+)
 
 __test__: dict[str, Any]
 
+type TableType = Literal["life", "disability", "exit"]
+type Formula = Literal[
+    "exponential_improvement",
+    "linear_improvement",
+    "discrete_improvement",
+    "projected_improvement",
+]
+# Death, disability, exit, improvement; of males and females. MI only in DAV 2004 R.
+type ColumnName = Literal[
+    "qx_m", "qx_f", "ix_m", "ix_f", "ox_m", "ox_f", "mi_m", "mi_f", "MI_m", "MI_f"
+]
+
 # One entry per age. A few last entries are the ints 1 or 0.
-type _Rates = list[float]
-# Select durations ascending, then "ult".
-type _SelectMapping = dict[int | Literal["ult"], _Rates]
+type Rates = list[float]
+# Select durations ascending, then "ult"; also improvement by duration.
+type SelectMapping = dict[int | Literal["ult"], Rates]
 # Calendar years ascending.
-type _YearGrid = dict[int, _Rates]
+type YearGrid = dict[int, Rates]
+type Column = Rates | SelectMapping | YearGrid
 
 @type_check_only
-class _TableData(TypedDict, total=False):
-    qx_m: _Rates | _SelectMapping
-    qx_f: _Rates | _SelectMapping
-    ix_m: _Rates | _SelectMapping
-    ix_f: _Rates | _SelectMapping
-    ox_m: _Rates | _SelectMapping
-    ox_f: _Rates | _SelectMapping
-    mi_m: _Rates | _SelectMapping | _YearGrid
-    mi_f: _Rates | _SelectMapping | _YearGrid
-    MI_m: _Rates | _YearGrid
-    MI_f: _Rates | _YearGrid
+class Columns[Decrement: ColumnName, D: Column, Improvement: ColumnName = Never, I: Column = Never](
+    dict[ColumnName, D | I]
+):
+    """The data of a table: a dict with the keys Decrement and Improvement, of columns D and I."""
+
+    # Narrower than a dict's: the keys of other tables are errors.
+    @overload  # type: ignore[override]
+    def __getitem__(  # pyright: ignore[reportIncompatibleMethodOverride]
+        self, key: Decrement, /
+    ) -> D: ...
+    @overload
+    def __getitem__(self, key: Improvement, /) -> I: ...
 
 @type_check_only
-class _TablePayload(TypedDict):
-    table_name: str
-    table_type: Literal["life", "disability", "exit"]
-    base_year: NotRequired[int | None]
-    generational: bool
-    select: NotRequired[bool]
-    select_period: NotRequired[int]
-    sex_independent: NotRequired[bool]
-    decrement_scale_factor: int
-    mi_scale_factor: NotRequired[int | None]
-    omega: int
-    start_age: int
-    generational_formula_type: NotRequired[
-        Literal[
-            "exponential_improvement",
-            "linear_improvement",
-            "discrete_improvement",
-            "projected_improvement",
-        ]
-    ]
-    description: str
-    data: _TableData
+class TablePayload(TypedDict):
+    """What all tables have in common."""
+
+    table_name: ReadOnly[str]
+    table_type: ReadOnly[TableType]
+    base_year: NotRequired[ReadOnly[int | None]]
+    generational: ReadOnly[bool]
+    select: NotRequired[ReadOnly[bool]]
+    select_period: NotRequired[ReadOnly[int]]
+    sex_independent: NotRequired[ReadOnly[bool]]
+    decrement_scale_factor: ReadOnly[int]
+    mi_scale_factor: NotRequired[ReadOnly[int | None]]
+    omega: ReadOnly[int]
+    start_age: ReadOnly[int]
+    generational_formula_type: NotRequired[ReadOnly[Formula]]
+    description: ReadOnly[str]
+    data: ReadOnly[Mapping[ColumnName, Column]]
+
+@type_check_only
+class StaticTable[Data: Mapping[ColumnName, Column]](TablePayload):
+    """Rates that hold for every calendar year."""
+
+    data: ReadOnly[Data]
+
+@type_check_only
+class SelectTable[Data: Mapping[ColumnName, Column]](StaticTable[Data]):
+    """A static table by select duration."""
+
+    select: Required[ReadOnly[bool]]
+    select_period: Required[ReadOnly[int]]
+
+@type_check_only
+class GenerationalTable[Data: Mapping[ColumnName, Column]](TablePayload):
+    """Rates of `base_year`, and how they improve from there."""
+
+    base_year: Required[ReadOnly[int]]
+    mi_scale_factor: Required[ReadOnly[int]]
+    generational_formula_type: Required[ReadOnly[Formula]]
+    data: ReadOnly[Data]
+
+@type_check_only
+class SelectGenerationalTable[Data: Mapping[ColumnName, Column]](GenerationalTable[Data]):
+    """A generational table by select duration."""
+
+    select: Required[ReadOnly[bool]]
+    select_period: Required[ReadOnly[int]]
+
+# The keys of two sexes.
+type _QX = Literal["qx_m", "qx_f"]
+type _IX = Literal["ix_m", "ix_f"]
+type _OX = Literal["ox_m", "ox_f"]
+type _Mi = Literal["mi_m", "mi_f"]
+type _MI = Literal["MI_m", "MI_f"]
+
+def _dav_mi_linear(mi_start: Rates, mi_ziel: Rates) -> YearGrid:
+    """Improvement rates by calendar year, 2004 to 2024, of the second-order DAV 2004 R tables.
+
+    Both arguments are lists of annual improvement rates by age, decimal. The result has a new list
+    for each year: 2004 is a copy of `mi_start`, 2024 one of `mi_ziel`; in year t between them the
+    rate of an age is start + (t - 2004) * 0.05 * (target - start), neither rounded nor clipped, up
+    to the end of the shorter list.
+
+    TypeError for anything but exactly two lists (subclasses of list are refused), and what the
+    arithmetic of the elements raises. The blend is how DAV 2004 R goes from the start trend to the
+    target trend.
+    """
+
+def _build_dav2004r_data() -> dict[str, Mapping[ColumnName, Column]]:
+    """The value of `_DAV2004R_DATA`, built anew: "Agg_1o", "Agg_2o", "SelUlt_1o", "SelUlt_2o".
+
+    Each is the data of a DAV 2004 R table: qx_m, qx_f, MI_m, MI_f by age 0 to 121, all decimal.
+    Select durations 1 to 5 are the ultimate rates times the select factors. The blended years of
+    the second order come from whatever `_dav_mi_linear` the module holds at the call, and what that
+    raises comes out. TypeError for any argument. Source: Deutsche Aktuarvereinigung, DAV 2004 R.
+    """
+
+@type_check_only
+class _Repository(dict[TableName, TablePayload]):
+    # For names that are known at run time only.
+    @overload  # type: ignore[override]
+    def get(  # pyright: ignore[reportIncompatibleMethodOverride]
+        self, name: str, default: None = None, /
+    ) -> TablePayload | None: ...
+    @overload
+    def get[T](self, name: str, default: T, /) -> TablePayload | T: ...
 
 # The tables by attribute name, published before synthetic.
-REPO_TABLES: dict[str, _TablePayload]
+REPO_TABLES: Tables
 
-# Spain
-PER2020_Col_2o: _TablePayload
-PER2020_Col_1o: _TablePayload
-PER2020_Ind_2o: _TablePayload
-PER2020_Ind_1o: _TablePayload
-PASEM2020_Gen_2o: _TablePayload
-PASEM2020_Dec_2o: _TablePayload
-PASEM2020_Rel_1o: _TablePayload
-PASEM2020_NoRel_1o: _TablePayload
-PASEM2020_Dec_1o: _TablePayload
-PEAI2007_IAP_Ind: _TablePayload
-PEAI2007_IAP_Col: _TablePayload
-PASEM2010: _TablePayload
-IASS90: _TablePayload
-SS90TOT: _TablePayload
-SS90ABS: _TablePayload
+# The data of the DAV 2004 R tables.
+_DAV2004R_DATA: dict[str, Mapping[ColumnName, Column]]
+# What the synthetic tables are made from: ages 0 to 100; 20 to 65 for disability.
+_QX_LIFE: Rates
+_OX_M_BASE: Rates
+_OX_F_BASE: Rates
+_IX_M_BASE: Rates
+_IX_F_BASE: Rates
 
-# Germany
-DAV2004R_Agg_2o: _TablePayload
-DAV2004R_Agg_1o: _TablePayload
-DAV2004R_SelUlt_2o: _TablePayload
-DAV2004R_SelUlt_1o: _TablePayload
+# Everything below is written by `./dev python tools/stub.py --write`.
 
-# United States
-GAM71: _TablePayload
-GAM83: _TablePayload
-GAM94_AA: _TablePayload
+PER2020_Col_2o: GenerationalTable[Columns[_QX, Rates, _Mi, Rates]]
+"""survival insurance, group: reserves; life, ages 0-118, per mille, exponential improvement from
+2012."""
+PER2020_Col_1o: GenerationalTable[Columns[_QX, Rates, _Mi, Rates]]
+"""survival insurance, group: premiums and reserves; life, ages 0-119, per mille, exponential
+improvement from 2012."""
+PER2020_Ind_2o: GenerationalTable[Columns[_QX, Rates, _Mi, Rates]]
+"""survival insurance, individual: reserves; life, ages 0-118, per mille, exponential improvement
+from 2012."""
+PER2020_Ind_1o: GenerationalTable[Columns[_QX, Rates, _Mi, Rates]]
+"""survival insurance, individual, new business: premiums; life, ages 0-119, per mille, exponential
+improvement from 2012."""
+PASEM2020_Gen_2o: StaticTable[Columns[_QX, Rates]]
+"""term life, without funeral: reserves; life, ages 0-110, per mille."""
+PASEM2020_Dec_2o: StaticTable[Columns[_QX, Rates]]
+"""funeral: reserves; life, ages 0-111, per mille."""
+PASEM2020_Rel_1o: StaticTable[Columns[_QX, Rates]]
+"""term life related to other operations, such as mortgages: premiums; life, ages 0-109, per
+mille."""
+PASEM2020_NoRel_1o: StaticTable[Columns[_QX, Rates]]
+"""other term life: premiums; life, ages 0-108, per mille."""
+PASEM2020_Dec_1o: StaticTable[Columns[_QX, Rates]]
+"""funeral: premiums and reserves; life, ages 0-108, per mille."""
+PEAI2007_IAP_Ind: StaticTable[Columns[_IX, Rates]]
+"""entry into absolute permanent disability, individual; disability, ages 18-64, decimal."""
+PEAI2007_IAP_Col: StaticTable[Columns[_IX, Rates]]
+"""entry into absolute permanent disability, group; disability, ages 18-64, decimal."""
+PASEM2010: StaticTable[Columns[_QX, Rates]]
+"""group life: premiums and reserves; life, ages 0-112, decimal."""
+DAV2004R_Agg_2o: GenerationalTable[Columns[_QX, Rates, _MI, YearGrid]]
+"""annuities, without select effects: best estimate; life, ages 0-121, decimal, exponential
+improvement from 1999."""
+DAV2004R_Agg_1o: GenerationalTable[Columns[_QX, Rates, _MI, Rates]]
+"""annuities, without select effects: premiums and reserves; life, ages 0-121, decimal, exponential
+improvement from 1999."""
+DAV2004R_SelUlt_2o: SelectGenerationalTable[Columns[_QX, SelectMapping, _MI, YearGrid]]
+"""annuities, by select duration: best estimate; life, ages 0-121, decimal, exponential improvement
+from 1999."""
+DAV2004R_SelUlt_1o: SelectGenerationalTable[Columns[_QX, SelectMapping, _MI, Rates]]
+"""annuities, by select duration: premiums; life, ages 0-121, decimal, exponential improvement from
+1999."""
+GAM71: StaticTable[Columns[_QX, Rates]]
+"""group annuities, experience of 1964 to 1968; life, ages 5-110, decimal."""
+GAM83: StaticTable[Columns[_QX, Rates]]
+"""group annuities, experience of 1976 to 1980; life, ages 5-110, decimal."""
+GAM94_AA: GenerationalTable[Columns[_QX, Rates, _Mi, Rates]]
+"""group annuities, improving by Scale AA; life, ages 1-120, decimal, discrete improvement from
+1994."""
+GRMF80: StaticTable[Columns[_QX, Rates]]
+"""group annuities, experience of 1971 to 1975; life, ages 15-117, decimal."""
+GRMF95: StaticTable[Columns[_QX, Rates]]
+"""group annuities, experience of 1986 to 1990; life, ages 15-126, decimal."""
+GKMF80: StaticTable[Columns[_QX, Rates]]
+"""group life, experience of 1971 to 1975; life, ages 15-117, decimal."""
+GKMF95: StaticTable[Columns[_QX, Rates]]
+"""group life, experience of 1986 to 1990; life, ages 15-126, decimal."""
+IASS90: StaticTable[Columns[Literal["ix_m"], Rates]]
+"""deaths of invalids, Social Security 1990; **ages 21 to 62 are reconstructed, not published**;
+disability, ages 18-65, per mille."""
+SS90TOT: StaticTable[Columns[Literal["ix_m"], Rates]]
+"""deaths in the Social Security population, 1990; **ages 21 to 62 are reconstructed, not
+published**; disability, ages 18-65, per mille."""
+SS90ABS: StaticTable[Columns[Literal["ix_m"], Rates]]
+"""deaths from accidents and occupational disease, Social Security 1990; **ages 21 to 62 are
+reconstructed, not published**; disability, ages 18-65, per mille."""
+CB_H_2020: GenerationalTable[Columns[Literal["qx_m"], Rates, Literal["mi_m"], YearGrid]]
+"""collective life, males: premiums and reserves; life, ages 0-110, decimal, projected improvement
+from 2020."""
+MI_H_2020: GenerationalTable[Columns[Literal["qx_m"], Rates, Literal["mi_m"], YearGrid]]
+"""death or disability, males: individual life and disability; life, ages 0-110, decimal, projected
+improvement from 2020."""
+RV_M_2020: GenerationalTable[Columns[Literal["qx_f"], Rates, Literal["mi_f"], YearGrid]]
+"""life annuities, females: immediate and deferred; life, ages 20-110, decimal, projected
+improvement from 2020."""
+B_M_2020: GenerationalTable[Columns[Literal["qx_f"], Rates, Literal["mi_f"], YearGrid]]
+"""collective life, females: premiums and reserves; life, ages 0-110, decimal, projected improvement
+from 2020."""
+MI_M_2020: GenerationalTable[Columns[Literal["qx_f"], Rates, Literal["mi_f"], YearGrid]]
+"""death or disability, females: individual life and disability; life, ages 0-110, decimal,
+projected improvement from 2020."""
+AM92_AF92: SelectTable[Columns[_QX, SelectMapping]]
+"""permanent assurances, experience of 1991 to 1994; life, ages 17-120, decimal."""
+DummySD2015: StaticTable[Columns[_IX, Rates]]
+"""static rates of disability; disability, ages 20-65, decimal."""
+DummySD2015Gen: GenerationalTable[Columns[_IX, Rates, _Mi, Rates]]
+"""exponential improvement; disability, ages 20-65, decimal, exponential improvement from 2005."""
+DummyEXIT: StaticTable[Columns[_OX, Rates]]
+"""static rates of exit; exit, ages 0-100, decimal."""
+DummyEXIT_Gen: GenerationalTable[Columns[_OX, Rates, _Mi, Rates]]
+"""exponential improvement; exit, ages 0-100, decimal, exponential improvement from 2015."""
+Dummy_qx0: StaticTable[Columns[_QX, Rates]]
+"""nobody dies before 200: an annuity equals the annuity-certain; life, ages 0-200, decimal."""
+DummyLIFE_1Sm: StaticTable[Columns[Literal["qx_m"], Rates]]
+"""one sex only, males; life, ages 0-100, decimal."""
+DummyLIFE_1Sf: StaticTable[Columns[Literal["qx_f"], Rates]]
+"""one sex only, females; life, ages 0-100, decimal."""
+DummyLIFE_LinearGen: GenerationalTable[Columns[_QX, Rates, _Mi, Rates]]
+"""linear improvement; life, ages 0-100, decimal, linear improvement from 1901."""
+DummyLIFE_DiscreteGen: GenerationalTable[Columns[_QX, Rates, _Mi, Rates]]
+"""discrete improvement; life, ages 0-100, decimal, discrete improvement from 2010."""
+DummyLIFE_ProjectedGen: GenerationalTable[Columns[_QX, Rates, _Mi, YearGrid]]
+"""projected improvement by calendar year; life, ages 0-100, decimal, projected improvement from
+2020."""
+DummyLIFE_Select: SelectTable[Columns[_QX, SelectMapping]]
+"""select durations; life, ages 0-100, decimal."""
+DummyLIFE_Unisex: StaticTable[Columns[Literal["qx_m"], Rates]]
+"""one column for both sexes; life, ages 0-100, decimal."""
+DummySD_LinearGen: GenerationalTable[Columns[_IX, Rates, _Mi, Rates]]
+"""linear improvement; disability, ages 20-65, decimal, linear improvement from 2010."""
+DummySD_DiscreteGen: GenerationalTable[Columns[_IX, Rates, _Mi, Rates]]
+"""discrete improvement; disability, ages 20-65, decimal, discrete improvement from 2010."""
+DummySD_ProjectedGen: GenerationalTable[Columns[_IX, Rates, _Mi, YearGrid]]
+"""projected improvement by calendar year; disability, ages 20-65, decimal, projected improvement
+from 2020."""
+DummySD_Select: SelectTable[Columns[_IX, SelectMapping]]
+"""select durations; disability, ages 20-65, decimal."""
+DummySD_Unisex: StaticTable[Columns[Literal["ix_m"], Rates]]
+"""one column for both sexes; disability, ages 20-65, decimal."""
+DummyEXIT_LinearGen: GenerationalTable[Columns[_OX, Rates, _Mi, Rates]]
+"""linear improvement; exit, ages 0-100, decimal, linear improvement from 2010."""
+DummyEXIT_DiscreteGen: GenerationalTable[Columns[_OX, Rates, _Mi, Rates]]
+"""discrete improvement; exit, ages 0-100, decimal, discrete improvement from 2010."""
+DummyEXIT_ProjectedGen: GenerationalTable[Columns[_OX, Rates, _Mi, YearGrid]]
+"""projected improvement by calendar year; exit, ages 0-100, decimal, projected improvement from
+2020."""
+DummyEXIT_Select: SelectTable[Columns[_OX, SelectMapping]]
+"""select durations; exit, ages 0-100, decimal."""
+DummyEXIT_Unisex: StaticTable[Columns[Literal["ox_m"], Rates]]
+"""one column for both sexes; exit, ages 0-100, decimal."""
+DummySD_Gen2o: GenerationalTable[Columns[_IX, Rates, _Mi, YearGrid]]
+"""exponential improvement by calendar year; disability, ages 20-65, decimal, exponential
+improvement from 2004."""
+DummyEXIT_Gen2o: GenerationalTable[Columns[_OX, Rates, _Mi, YearGrid]]
+"""exponential improvement by calendar year; exit, ages 0-100, decimal, exponential improvement from
+2004."""
+DummySD_SelectGen_a: SelectGenerationalTable[Columns[_IX, SelectMapping, _Mi, Rates]]
+"""select durations, one improvement for all; disability, ages 20-65, decimal, exponential
+improvement from 2010."""
+DummyEXIT_SelectGen_a: SelectGenerationalTable[Columns[_OX, SelectMapping, _Mi, Rates]]
+"""select durations, one improvement for all; exit, ages 0-100, decimal, exponential improvement
+from 2010."""
+DummySD_SelectGen_b: SelectGenerationalTable[Columns[_IX, SelectMapping, _Mi, YearGrid]]
+"""select durations, exponential improvement by calendar year; disability, ages 20-65, decimal,
+exponential improvement from 2004."""
+DummyEXIT_SelectGen_b: SelectGenerationalTable[Columns[_OX, SelectMapping, _Mi, YearGrid]]
+"""select durations, exponential improvement by calendar year; exit, ages 0-100, decimal,
+exponential improvement from 2004."""
+DummyLIFE_SelectGen_c: SelectGenerationalTable[Columns[_QX, SelectMapping, _Mi, YearGrid]]
+"""select durations, projected improvement by calendar year; life, ages 0-100, decimal, projected
+improvement from 2020."""
+DummySD_SelectGen_c: SelectGenerationalTable[Columns[_IX, SelectMapping, _Mi, YearGrid]]
+"""select durations, projected improvement by calendar year; disability, ages 20-65, decimal,
+projected improvement from 2020."""
+DummyEXIT_SelectGen_c: SelectGenerationalTable[Columns[_OX, SelectMapping, _Mi, YearGrid]]
+"""select durations, projected improvement by calendar year; exit, ages 0-100, decimal, projected
+improvement from 2020."""
+DummyLIFE_SelectGen_d: SelectGenerationalTable[Columns[_QX, SelectMapping, _Mi, SelectMapping]]
+"""select durations, each with its own improvement; life, ages 0-100, decimal, exponential
+improvement from 2010."""
+DummySD_SelectGen_d: SelectGenerationalTable[Columns[_IX, SelectMapping, _Mi, SelectMapping]]
+"""select durations, each with its own improvement; disability, ages 20-65, decimal, exponential
+improvement from 2010."""
+DummyEXIT_SelectGen_d: SelectGenerationalTable[Columns[_OX, SelectMapping, _Mi, SelectMapping]]
+"""select durations, each with its own improvement; exit, ages 0-100, decimal, exponential
+improvement from 2010."""
 
-# Chile
-CB_H_2020: _TablePayload
-MI_H_2020: _TablePayload
-RV_M_2020: _TablePayload
-B_M_2020: _TablePayload
-MI_M_2020: _TablePayload
+type TableName = Literal[
+    "PER2020_Col_2o", "PER2020_Col_1o", "PER2020_Ind_2o", "PER2020_Ind_1o", "PASEM2020_Gen_2o",
+    "PASEM2020_Dec_2o", "PASEM2020_Rel_1o", "PASEM2020_NoRel_1o", "PASEM2020_Dec_1o",
+    "PEAI2007_IAP_Ind", "PEAI2007_IAP_Col", "PASEM2010", "DAV2004R_Agg_2o", "DAV2004R_Agg_1o",
+    "DAV2004R_SelUlt_2o", "DAV2004R_SelUlt_1o", "GAM71", "GAM83", "GAM94_AA", "GRMF80", "GRMF95",
+    "GKMF80", "GKMF95", "IASS90", "SS90TOT", "SS90ABS", "CB_H_2020", "MI_H_2020", "RV_M_2020",
+    "B_M_2020", "MI_M_2020", "AM92_AF92", "DummySD2015", "DummySD2015Gen", "DummyEXIT",
+    "DummyEXIT_Gen", "Dummy_qx0", "DummyLIFE_1Sm", "DummyLIFE_1Sf", "DummyLIFE_LinearGen",
+    "DummyLIFE_DiscreteGen", "DummyLIFE_ProjectedGen", "DummyLIFE_Select", "DummyLIFE_Unisex",
+    "DummySD_LinearGen", "DummySD_DiscreteGen", "DummySD_ProjectedGen", "DummySD_Select",
+    "DummySD_Unisex", "DummyEXIT_LinearGen", "DummyEXIT_DiscreteGen", "DummyEXIT_ProjectedGen",
+    "DummyEXIT_Select", "DummyEXIT_Unisex", "DummySD_Gen2o", "DummyEXIT_Gen2o",
+    "DummySD_SelectGen_a", "DummyEXIT_SelectGen_a", "DummySD_SelectGen_b", "DummyEXIT_SelectGen_b",
+    "DummyLIFE_SelectGen_c", "DummySD_SelectGen_c", "DummyEXIT_SelectGen_c",
+    "DummyLIFE_SelectGen_d", "DummySD_SelectGen_d", "DummyEXIT_SelectGen_d"
+]
 
-# United Kingdom
-AM92_AF92: _TablePayload
+@type_check_only
+class Tables(_Repository):
+    """Literal names give the exact type of the table."""
 
-# Synthetic, with lists of their own
-DummySD2015: _TablePayload
-DummySD2015Gen: _TablePayload
-DummyEXIT: _TablePayload
-DummyEXIT_Gen: _TablePayload
-Dummy_qx0: _TablePayload
-DummyLIFE_1Sm: _TablePayload
-DummyLIFE_1Sf: _TablePayload
-
-# Synthetic, over the base vectors
-_QX_LIFE: _Rates
-_OX_M_BASE: _Rates
-_OX_F_BASE: _Rates
-_IX_M_BASE: _Rates
-_IX_F_BASE: _Rates
-DummyLIFE_LinearGen: _TablePayload
-DummyLIFE_DiscreteGen: _TablePayload
-DummyLIFE_ProjectedGen: _TablePayload
-DummyLIFE_Select: _TablePayload
-DummyLIFE_Unisex: _TablePayload
-DummySD_LinearGen: _TablePayload
-DummySD_DiscreteGen: _TablePayload
-DummySD_ProjectedGen: _TablePayload
-DummySD_Select: _TablePayload
-DummySD_Unisex: _TablePayload
-DummyEXIT_LinearGen: _TablePayload
-DummyEXIT_DiscreteGen: _TablePayload
-DummyEXIT_ProjectedGen: _TablePayload
-DummyEXIT_Select: _TablePayload
-DummyEXIT_Unisex: _TablePayload
-DummySD_Gen2o: _TablePayload
-DummyEXIT_Gen2o: _TablePayload
-DummySD_SelectGen_a: _TablePayload
-DummyEXIT_SelectGen_a: _TablePayload
-DummySD_SelectGen_b: _TablePayload
-DummyEXIT_SelectGen_b: _TablePayload
-DummyLIFE_SelectGen_c: _TablePayload
-DummySD_SelectGen_c: _TablePayload
-DummyEXIT_SelectGen_c: _TablePayload
-DummyLIFE_SelectGen_d: _TablePayload
-DummySD_SelectGen_d: _TablePayload
-DummyEXIT_SelectGen_d: _TablePayload
-
-# Switzerland
-GRMF80: _TablePayload
-GRMF95: _TablePayload
-GKMF80: _TablePayload
-GKMF95: _TablePayload
-
-# The data of the DAV 2004 R tables: "Agg_1o", "Agg_2o", "SelUlt_1o", "SelUlt_2o".
-_DAV2004R_DATA: dict[str, _TableData]
-
-# Improvement rates by calendar year, 2004 to 2024: 2004 is a copy of `mi_start`, 2024 one of
-# `mi_ziel`, between them linear, up to the end of the shorter list. TypeError for anything but lists.
-def _dav_mi_linear(mi_start: _Rates, mi_ziel: _Rates) -> _YearGrid: ...
-
-# The value of _DAV2004R_DATA, built anew.
-def _build_dav2004r_data() -> dict[str, _TableData]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["PER2020_Col_2o", "PER2020_Col_1o", "PER2020_Ind_2o", "PER2020_Ind_1o",
+        "GAM94_AA", "DummyLIFE_LinearGen", "DummyLIFE_DiscreteGen"], /
+    ) -> GenerationalTable[Columns[_QX, Rates, _Mi, Rates]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["PASEM2020_Gen_2o", "PASEM2020_Dec_2o", "PASEM2020_Rel_1o",
+        "PASEM2020_NoRel_1o", "PASEM2020_Dec_1o", "PASEM2010", "GAM71", "GAM83", "GRMF80", "GRMF95",
+        "GKMF80", "GKMF95", "Dummy_qx0"], /
+    ) -> StaticTable[Columns[_QX, Rates]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["PEAI2007_IAP_Ind", "PEAI2007_IAP_Col", "DummySD2015"], /
+    ) -> StaticTable[Columns[_IX, Rates]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["DAV2004R_Agg_2o"], /
+    ) -> GenerationalTable[Columns[_QX, Rates, _MI, YearGrid]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["DAV2004R_Agg_1o"], /
+    ) -> GenerationalTable[Columns[_QX, Rates, _MI, Rates]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["DAV2004R_SelUlt_2o"], /
+    ) -> SelectGenerationalTable[Columns[_QX, SelectMapping, _MI, YearGrid]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["DAV2004R_SelUlt_1o"], /
+    ) -> SelectGenerationalTable[Columns[_QX, SelectMapping, _MI, Rates]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["IASS90", "SS90TOT", "SS90ABS", "DummySD_Unisex"], /
+    ) -> StaticTable[Columns[Literal["ix_m"], Rates]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["CB_H_2020", "MI_H_2020"], /
+    ) -> GenerationalTable[Columns[Literal["qx_m"], Rates, Literal["mi_m"], YearGrid]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["RV_M_2020", "B_M_2020", "MI_M_2020"], /
+    ) -> GenerationalTable[Columns[Literal["qx_f"], Rates, Literal["mi_f"], YearGrid]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["AM92_AF92", "DummyLIFE_Select"], /
+    ) -> SelectTable[Columns[_QX, SelectMapping]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["DummySD2015Gen", "DummySD_LinearGen", "DummySD_DiscreteGen"], /
+    ) -> GenerationalTable[Columns[_IX, Rates, _Mi, Rates]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["DummyEXIT"], /
+    ) -> StaticTable[Columns[_OX, Rates]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["DummyEXIT_Gen", "DummyEXIT_LinearGen", "DummyEXIT_DiscreteGen"], /
+    ) -> GenerationalTable[Columns[_OX, Rates, _Mi, Rates]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["DummyLIFE_1Sm", "DummyLIFE_Unisex"], /
+    ) -> StaticTable[Columns[Literal["qx_m"], Rates]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["DummyLIFE_1Sf"], /
+    ) -> StaticTable[Columns[Literal["qx_f"], Rates]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["DummyLIFE_ProjectedGen"], /
+    ) -> GenerationalTable[Columns[_QX, Rates, _Mi, YearGrid]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["DummySD_ProjectedGen", "DummySD_Gen2o"], /
+    ) -> GenerationalTable[Columns[_IX, Rates, _Mi, YearGrid]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["DummySD_Select"], /
+    ) -> SelectTable[Columns[_IX, SelectMapping]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["DummyEXIT_ProjectedGen", "DummyEXIT_Gen2o"], /
+    ) -> GenerationalTable[Columns[_OX, Rates, _Mi, YearGrid]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["DummyEXIT_Select"], /
+    ) -> SelectTable[Columns[_OX, SelectMapping]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["DummyEXIT_Unisex"], /
+    ) -> StaticTable[Columns[Literal["ox_m"], Rates]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["DummySD_SelectGen_a"], /
+    ) -> SelectGenerationalTable[Columns[_IX, SelectMapping, _Mi, Rates]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["DummyEXIT_SelectGen_a"], /
+    ) -> SelectGenerationalTable[Columns[_OX, SelectMapping, _Mi, Rates]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["DummySD_SelectGen_b", "DummySD_SelectGen_c"], /
+    ) -> SelectGenerationalTable[Columns[_IX, SelectMapping, _Mi, YearGrid]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["DummyEXIT_SelectGen_b", "DummyEXIT_SelectGen_c"], /
+    ) -> SelectGenerationalTable[Columns[_OX, SelectMapping, _Mi, YearGrid]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["DummyLIFE_SelectGen_c"], /
+    ) -> SelectGenerationalTable[Columns[_QX, SelectMapping, _Mi, YearGrid]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["DummyLIFE_SelectGen_d"], /
+    ) -> SelectGenerationalTable[Columns[_QX, SelectMapping, _Mi, SelectMapping]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["DummySD_SelectGen_d"], /
+    ) -> SelectGenerationalTable[Columns[_IX, SelectMapping, _Mi, SelectMapping]]: ...
+    @overload
+    def __getitem__(
+        self, name: Literal["DummyEXIT_SelectGen_d"], /
+    ) -> SelectGenerationalTable[Columns[_OX, SelectMapping, _Mi, SelectMapping]]: ...
+    @overload
+    def __getitem__(self, name: TableName, /) -> TablePayload: ...

@@ -226,13 +226,20 @@ PyObject *call_build_data(PyObject * /*module*/, PyObject * /*no arguments*/) {
 
 } // namespace
 
+// Up to the two dashes the interpreter reads a signature, not the docstring.
 PyMethodDef mi_linear = {
     "_dav_mi_linear",
     reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(call_mi_linear)),
     METH_FASTCALL | METH_KEYWORDS,
+    "_dav_mi_linear(mi_start, mi_ziel)\n--\n\n"
     "Build DAV 2004 R year-indexed MI grid (2004 start → linear blend → 2024 target).",
 };
 
-PyMethodDef build_data = {"_build_dav2004r_data", call_build_data, METH_NOARGS, nullptr};
+PyMethodDef build_data = {
+    "_build_dav2004r_data",
+    call_build_data,
+    METH_NOARGS,
+    "_build_dav2004r_data()\n--\n\n",
+};
 
 } // namespace marlune::tables::dav2004r
