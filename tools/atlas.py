@@ -23,6 +23,8 @@ from marlune.tables.data_tables import REPO_TABLES
 
 TOP = Path(__file__).resolve().parent.parent
 PARTS = Path(__file__).resolve().parent / "atlas"
+# One script, in this order.
+SCRIPTS = ("tables", "address", "list", "lines", "plots", "legend", "values", "about", "page")
 
 # What the facts of a family are. A name that is not here is refused: it could be a doubt.
 KINDS = {
@@ -53,9 +55,16 @@ COUNTRIES = {
     "Chile": "Chile",
     "United Kingdom": "United Kingdom",
 }
+# The basis of a column that is not published as a whole.
+RECONSTRUCTED = re.compile(r"\*\*(\d+)-(\d+) reconstructed\*\*")
 # The view that the documentation shows: two countries, per mille and decimal, two orders of years.
 PICTURE_VIEW = "table=PER2020_Ind_1o&with=DAV2004R_Agg_2o"
-PICTURE_SIZE = "1280,1180"
+PICTURE_SIZE = "1200,900"
+# The browser is to paint and nothing else.
+BROWSER = (
+    "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
+    "--disable-background-networking", "--disable-component-update", "--disable-sync",
+)  # fmt: skip
 
 
 class ShapeError(Exception):
@@ -114,8 +123,9 @@ def facts_of(lines, where):
     for item in items:
         match = re.fullmatch(r"\*\*(.+?)\*\*: (.+)", item)
         expect(match, where, f"an item that does not start with a name: {item!r}")
-        expect(match[1] in KINDS, where, f"what kind of fact is {match[1]!r}? See KINDS in tools/atlas.py")
-        yield match[1], KINDS[match[1]], as_html(match[2], where)
+        name, text = match.groups()
+        expect(name in KINDS, where, f"what kind of fact is {name!r}? KINDS does not say")
+        yield name, KINDS[name], as_html(text, where)
 
 
 def rows_of(lines, where):
@@ -138,9 +148,13 @@ def family_of(title, lines):
     publisher = facts[names.index("Publisher")][2]
     countries = [country for word, country in COUNTRIES.items() if word in publisher]
     expect(len(countries) == 1, title, f"the publisher names {countries or 'no country'}")
-    rows = list(rows_of(contents[-1], title))
-    warning = quote_of(contents[0], title) if kinds[0] == "quote" else []
-    return {"title": title, "country": countries[0], "warning": warning, "facts": facts, "rows": rows}
+    return {
+        "title": title,
+        "country": countries[0],
+        "warning": quote_of(contents[0], title) if kinds[0] == "quote" else [],
+        "facts": facts,
+        "rows": list(rows_of(contents[-1], title)),
+    }
 
 
 def read_provenance():
@@ -154,7 +168,8 @@ def read_provenance():
     expect(titles[-1:] == ["Not published"], "the sections", "the last is not the one on the rest")
 
     top = list(blocks_of(lines[: starts[0]]))
-    expect([kind for kind, _ in top] == ["text", "quote", "text"], "the top", "no title and warning")
+    kinds = [kind for kind, _ in top]
+    expect(kinds == ["text", "quote", "text"], "the top", f"holds {kinds}")
     warning = quote_of(top[1][1], "the top")
     families = [family_of(*section) for section in sections[1:-1]]
     rest = list(blocks_of(sections[-1][1]))
@@ -181,44 +196,43 @@ def contents():
     disagreements = provenance.disagreements()
     expect(not disagreements, "the rows", "; ".join(disagreements))
 
-    rows = [row | {"family": number} for number, family in enumerate(families) for row in family.pop("rows")]
-    by_column = {(row["table"].strip("`"), row["column"].strip("`")): row for row in rows}
-    sources = {}  # the rows of a list; DAV tables share theirs
-    for table, column, lists in provenance.published_columns():
-        for rates in lists:
+    by_column = {}  # table and column to the row and the number of its family
+    for number, family in enumerate(families):
+        for row in family.pop("rows"):
+            by_column[row["table"].strip("`"), row["column"].strip("`")] = row, number
+    sources = {}  # the rows of a list: DAV tables of an order share the lists of their trends
+    for table, column, shared in provenance.published_columns():
+        for rates in shared:
             sources.setdefault(id(rates), []).append((table, column))
 
     lists, tables, warned = {}, [], []
     for name, payload in REPO_TABLES.items():
         synthetic = name.startswith("Dummy")
-        own = [row for (table, _), row in by_column.items() if table == name]
-        table = {
-            "name": name,
-            "family": None if synthetic else own[0]["family"],
-            "meta": [[key, value] for key, value in payload.items() if key != "data"],
-            "series": [],
-            "rows": [],
-            "reconstructed": None,
-        }
-        expect(len({row["family"] for row in own}) == (not synthetic), name, "not in one family")
+        series, rows, numbers = [], {}, set()
         for key, label, rates in series_of(payload):
             number = lists.setdefault(" ".join(map(repr, rates)), len(lists))
-            places = sources.get(id(rates), [])
-            place = next((place for place in places if place[0] == name), *places[:1] or [None])
-            table["series"].append([key, label, number, not synthetic and place is None])
-            if place and by_column[place] not in table["rows"]:
-                table["rows"].append(by_column[place])
-        for row in table["rows"]:
-            if found := re.fullmatch(r"\*\*(\d+)-(\d+) reconstructed\*\*", row["basis"]):
-                table["reconstructed"] = [int(found[1]), int(found[2])]
-                warned.append(name)
-        table["rows"] = [[as_html(row[head], name) for head in provenance.HEAD] for row in table["rows"]]
-        tables.append(table)
+            places = sorted(sources.get(id(rates), []), key=lambda place: place[0] != name)
+            series.append([key, label, number, not synthetic and not places])
+            if places:
+                rows[places[0]], family = by_column[places[0]]
+                numbers.add(family)
+        expect(len(numbers) == (not synthetic), name, f"is in {len(numbers)} families")
+        marks = (RECONSTRUCTED.fullmatch(row["basis"]) for row in rows.values())
+        reconstructed = next(([int(mark[1]), int(mark[2])] for mark in marks if mark), None)
+        if reconstructed:
+            warned.append(name)
+        tables.append({
+            "name": name,
+            "family": numbers.pop() if numbers else None,
+            "meta": [[key, value] for key, value in payload.items() if key != "data"],
+            "series": series,
+            "reconstructed": reconstructed,
+            "rows": [[as_html(cell, name) for cell in row.values()] for row in rows.values()],
+        })
     named = re.findall("<code>(.+?)</code>", warning[0])
-    expect(named == warned, "the warning", f"names {named}, but the rows {warned} are reconstructed")
-    keys = dict.fromkeys(key for table in tables for key, _ in table["meta"])
+    expect(named == warned, "the warning", f"names {named}; the rows say so of {warned}")
     return {
-        "keys": list(keys),
+        "keys": list(dict.fromkeys(key for table in tables for key, _ in table["meta"])),
         "head": provenance.HEAD,
         "families": families,
         "warning": warning,
@@ -230,13 +244,19 @@ def contents():
 
 def page():
     """The text of the page."""
-    modules = os.environ.get("DATA_TABLES_NPM") or sys.exit("atlas: DATA_TABLES_NPM names no folder")
+    modules = os.environ.get("DATA_TABLES_NPM") or sys.exit("atlas: DATA_TABLES_NPM is not set")
     uplot = Path(modules) / "uplot"
-    read = lambda path: path.read_text(encoding="utf-8").strip()  # noqa: E731
+
+    def read(path):
+        return path.read_text(encoding="utf-8").strip()
+
     style = read(uplot / "dist/uPlot.min.css") + "\n" + read(PARTS / "page.css")
-    scripts = {"uplot": read(uplot / "dist/uPlot.iife.min.js"), "script": read(PARTS / "page.js")}
+    scripts = {
+        "uplot": read(uplot / "dist/uPlot.iife.min.js"),
+        "script": "\n\n".join(read(PARTS / f"{name}.js") for name in SCRIPTS),
+    }
     licence = read(uplot / "LICENSE")
-    data = json.dumps(contents(), ensure_ascii=False, separators=(",", ":")).replace("<", "\\u003c")
+    data = json.dumps(contents(), ensure_ascii=False, separators=(",", ":"))
     assert "--" not in licence and not any("</script" in text for text in scripts.values())
 
     def allow(text):
@@ -251,16 +271,20 @@ def page():
         "base-uri 'none'",
         "form-action 'none'",
     ])
-    parts = scripts | {"style": style, "licence": licence, "data": data, "policy": policy}
-    return re.sub(r"\{\{(\w+)\}\}", lambda match: parts[match[1]], read(PARTS / "page.html")) + "\n"
+    parts = scripts | {
+        "style": style,
+        "licence": licence,
+        "data": data.replace("<", "\\u003c"),  # a text must not end the element that it is in
+        "policy": policy,
+    }
+    template = read(PARTS / "page.html")
+    return re.sub(r"\{\{(\w+)\}\}", lambda match: parts[match[1]], template) + "\n"
 
 
 def picture(file, png):
     """Have the browser paint the view for the documentation."""
     with tempfile.TemporaryDirectory() as profile:
-        command = ["chromium", "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic"]
-        command += ["--no-first-run", "--disable-background-networking", "--disable-component-update"]
-        command += ["--disable-sync", "--hide-scrollbars", f"--user-data-dir={profile}"]
+        command = ["chromium", *BROWSER, "--hide-scrollbars", f"--user-data-dir={profile}"]
         command += [f"--window-size={PICTURE_SIZE}", f"--screenshot={png.resolve()}"]
         command.append(f"{file.resolve().as_uri()}#{PICTURE_VIEW}")
         subprocess.run(command, check=True, stderr=subprocess.DEVNULL)
