@@ -81,20 +81,20 @@ def expect(holds, where, what):
 
 def as_html(text, where):
     """Emphasis, code and the text of links; other Markdown is refused."""
-    done = ""
-    for piece in re.split(r"(`[^`]+`|\*\*.+?\*\*|\*[^*]+\*|\[[^\]]+\]\([^)]+\))", text):
-        if piece.startswith("`"):
-            done += f"<code>{html.escape(piece[1:-1])}</code>"
-        elif piece.startswith("**"):
-            done += f"<strong>{as_html(piece[2:-2], where)}</strong>"
-        elif piece.startswith("*"):
-            done += f"<em>{as_html(piece[1:-1], where)}</em>"
-        elif piece.startswith("["):
-            done += as_html(piece[1 : piece.index("](")], where)
-        else:
+    pieces = re.split(r"(`[^`]+`|\*\*.+?\*\*|\*[^*]+\*|\[[^\]]+\]\([^)]+\))", text)
+    for number, piece in enumerate(pieces):
+        if number % 2 == 0:  # what is between the marked pieces
             expect(not re.search(r"[`*\[\]<>]", piece), where, f"unknown markup in {piece!r}")
-            done += html.escape(piece)
-    return done
+            pieces[number] = html.escape(piece)
+        elif piece.startswith("`"):
+            pieces[number] = f"<code>{html.escape(piece[1:-1])}</code>"
+        elif piece.startswith("**"):
+            pieces[number] = f"<strong>{as_html(piece[2:-2], where)}</strong>"
+        elif piece.startswith("*"):
+            pieces[number] = f"<em>{as_html(piece[1:-1], where)}</em>"
+        else:
+            pieces[number] = as_html(piece[1 : piece.index("](")], where)
+    return "".join(pieces)
 
 
 def blocks_of(lines):

@@ -109,7 +109,8 @@ function listKeys(event) {
   const at = all.indexOf(document.activeElement);
   const inSearch = event.target === byId("query");
   const steps = { ArrowDown: at + 1, ArrowUp: at - 1, Home: 0, End: all.length - 1 };
-  if (inSearch && event.key === "Enter") all[0]?.click();
+  const named = (link) => plain(link.dataset.name).includes(plain(byId("query").value.trim()));
+  if (inSearch && event.key === "Enter") (all.find(named) ?? all[0])?.click();
   else if (inSearch && event.key === "ArrowDown") all.find((link) => link.tabIndex === 0)?.focus();
   else if (inSearch || at < 0 || !(event.key in steps)) return;
   else (all[Math.min(steps[event.key], all.length - 1)] ?? byId("query")).focus();
