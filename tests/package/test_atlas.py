@@ -258,8 +258,18 @@ def test_chosen_series_are_drawn_and_stand_in_the_link(atlas):
     # Pointing at an age shows the values of all series at that age.
     ActionChains(atlas.driver).move_to_element(atlas.one("#improvement .u-over")).perform()
     age = int(atlas.one("#age").get_property("value"))
-    want = [rates[age] for _, rates in series_of("CB_H_2020").items()]
+    want = [rates[age] for rates in series_of("CB_H_2020").values()]
     assert age != 65 and atlas.texts(".legend .value") == want
+    # Dragging enlarges the ages in both plots.
+    drag = ActionChains(atlas.driver).move_to_element(atlas.one("#improvement .u-over"))
+    drag.click_and_hold().move_by_offset(150, 0).release().perform()
+    atlas.until("view.ages && Object.values(plots).every(plot => plot.status === 1)")
+    ages = atlas.js("return view.ages")
+    assert ages[0] == age and ages[1] > age + 10
+    assert atlas.js("return [plots.rates.scales.x.min, plots.rates.scales.x.max]") == ages
+    assert atlas.js("return location.hash").endswith("&ages={}-{}".format(*ages))
+    atlas.one("#allages").click()
+    atlas.until("plots.rates.scales.x.min === 0 && plots.rates.scales.x.max === 110")
 
 
 def test_search_finds_by_name_country_type_and_description(atlas):

@@ -89,8 +89,8 @@ function optionsOf(kind, lines, log, box) {
       drag: { x: true, y: false, setScale: false, dist: 8 },
       focus: { prox: crowded ? 20 : -1 },
       points: {
-        size: 9,
-        width: 2,
+        size: crowded ? 0 : 9,
+        width: crowded ? 0 : 2,
         fill: (u, at) => inkOf(lines[at - 1]),
         stroke: () => css("--panel"),
       },
