@@ -57,7 +57,7 @@ COUNTRIES = {
 }
 # The basis of a column that is not published as a whole.
 RECONSTRUCTED = re.compile(r"\*\*(\d+)-(\d+) reconstructed\*\*")
-# The view that the documentation shows: two countries, per mille and decimal, two orders of years.
+# The view that the documentation shows: two countries, per mille beside decimal.
 PICTURE_VIEW = "table=PER2020_Ind_1o&with=DAV2004R_Agg_2o"
 PICTURE_SIZE = "1200,900"
 # The browser is to paint and nothing else.
