@@ -90,9 +90,12 @@ void for_each_pair(const Builtins &builtins, const TrendArguments &trends, Actio
   // The walk of the interpreter's own zip over two lists, which may change under it.
   for (Py_ssize_t index = 0;
        index < PyList_GET_SIZE(trends.start) && index < PyList_GET_SIZE(trends.target); ++index) {
-    const Reference start = Reference::borrow(PyList_GET_ITEM(trends.start, index));
-    const Reference target = Reference::borrow(PyList_GET_ITEM(trends.target, index));
-    action(start.get(), target.get());
+    PyObject *const start = PyList_GET_ITEM(trends.start, index);
+    PyObject *const target = PyList_GET_ITEM(trends.target, index);
+    const bool floats = both_exact_floats(start, target);
+    const Reference held_start = hold_unless(floats, start);
+    const Reference held_target = hold_unless(floats, target);
+    action(start, target);
   }
 }
 

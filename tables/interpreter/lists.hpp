@@ -34,13 +34,20 @@ private:
   Py_ssize_t size_ = 0;
 };
 
-// The items of an iterable, one after the other, each held while it is used. A list is walked by
-// index, as its iterator does: it may change under the walk.
+// Holds what foreign code may take out of a list while it is computed with. The arithmetic of exact
+// floats runs none, and there are too many of them to hold each.
+inline Reference hold_unless(bool exact_floats, PyObject *item) {
+  return exact_floats ? Reference() : Reference::borrow(item);
+}
+
+// The items of an iterable, one after the other, each safe for arithmetic with a literal. A list is
+// walked by index, as its iterator does: it may change under the walk.
 template <class Action> void for_each_item(PyObject *iterable, Action action) {
   if (PyList_CheckExact(iterable)) {
     for (Py_ssize_t index = 0; index < PyList_GET_SIZE(iterable); ++index) {
-      const Reference item = Reference::borrow(PyList_GET_ITEM(iterable, index));
-      action(item.get());
+      PyObject *const item = PyList_GET_ITEM(iterable, index);
+      const Reference held = hold_unless(PyFloat_CheckExact(item), item);
+      action(item);
     }
     return;
   }

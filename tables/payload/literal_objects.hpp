@@ -28,6 +28,7 @@ public:
   explicit LiteralObjects(const Recipes &recipes);
 
   [[nodiscard]] PyObject *operator[](Index constant) const { return objects_[constant].get(); }
+  [[nodiscard]] std::span<const Reference> all() const { return objects_; }
 
 private:
   std::vector<Reference> objects_;

@@ -4,6 +4,8 @@
 #include "interpreter/lists.hpp"
 #include "payload/rounding.hpp"
 
+#include <algorithm>
+
 namespace marlune::tables {
 
 Reference ObjectMaker::payload(const PayloadRecipe &recipe) const {
@@ -62,11 +64,11 @@ Reference ObjectMaker::rates(const ListRecipe &recipe) const {
 
 Reference ObjectMaker::literal_list(const ListRecipe &recipe) const {
   Reference list = Reference::steal(PyList_New(recipe.length));
-  Py_ssize_t age = 0;
-  for (const Index constant : recipes_.slots.subspan(recipe.first, recipe.length)) {
-    PyList_SET_ITEM(list.get(), age, Py_NewRef(live_.literals[constant]));
-    ++age;
-  }
+  std::ranges::transform(recipes_.slots.subspan(recipe.first, recipe.length),
+                         PySequence_Fast_ITEMS(list.get()),
+                         [literals = live_.literals.all()](Index constant) {
+                           return Py_NewRef(literals[constant].get());
+                         });
   return list;
 }
 
