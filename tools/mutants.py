@@ -34,7 +34,7 @@ MUTANTS = [
     ("a copied list shared", "tables/dav2004r/functions.cpp", "Reference::steal(PyList_GetSlice(list, 0, PY_SSIZE_T_MAX))", "Reference::borrow(list)"),
     ("four equal durations in one list", "tables/dav2004r/functions.cpp", "  add(constant(4), durations_2_to_5);", "  set_item(mapping, live.literals[constant(4)], PyDict_GetItem(mapping.get(), live.literals[constant(3)]));"),
     ("the factors of the other sex", "tables/dav2004r/functions.cpp", "constant(select_factors_f.duration_1)", "constant(select_factors_m.duration_1)"),
-    ("multiplication and addition fused", "tables/dav2004r/functions.cpp", "PyFloat_FromDouble(PyFloat_AS_DOUBLE(start) + part)", "PyFloat_FromDouble(__builtin_fma(weight.value, difference, PyFloat_AS_DOUBLE(start)))"),
+    ("multiplication and addition fused", "tables/dav2004r/functions.cpp", "PyFloat_FromDouble(PyFloat_AS_DOUBLE(start) + part)", "PyFloat_FromDouble((static_cast<void>(part), __builtin_fma(weight.value, difference, PyFloat_AS_DOUBLE(start))))"),
     ("a quotient for the weight", "tables/dav2004r/functions.cpp", "static_cast<double>(year - first_year) * 0.05", "static_cast<double>(year - first_year) / 20"),
     ("a computed last year", "tables/dav2004r/functions.cpp", "copy_of(trends.target).get());", "blended(live.builtins, trends, last_year).get());"),
     ("a certain rate discounted", "tables/payload/objects.cpp", "less(rate, certain) ?", "!less(certain, rate) ?"),
@@ -44,7 +44,8 @@ MUTANTS = [
     ("a replaced zip not called", "tables/dav2004r/functions.cpp", "!builtins.own_zip", "false"),
     ("a list walked to its old length", "tables/interpreter/lists.hpp", "Py_ssize_t index = 0; index < PyList_GET_SIZE(iterable)", "Py_ssize_t index = 0, size = PyList_GET_SIZE(iterable); index < size", "sanitize"),
     ("a list that the collector never hears of", "tables/interpreter/lists.hpp", "    PyObject_GC_Track(list_.get());\n", ""),
-    ("an item used without being held", "tables/dav2004r/functions.cpp", "    action(start.get(), target.get());\n  }\n}", "    const_cast<Reference &>(start) = Reference();\n    action(PyList_GET_ITEM(trends.start, index), target.get());\n  }\n}", "sanitize"),
+    ("an item of a list used without being held", "tables/interpreter/lists.hpp", "hold_unless(PyFloat_CheckExact(item), item)", "hold_unless(true, item)", "sanitize"),
+    ("items of two lists used without being held", "tables/dav2004r/functions.cpp", "const bool floats = both_exact_floats(start, target);", "const bool floats = true;", "sanitize"),
     ("a failed import not given up", "tables/module.cpp", "  state().live.reset();\n", ""),
     ("no traceback entry", "tables/module.cpp", "  if (progress.line != 0) {", "  if (progress.line < 0) {"),
     ("no guard against a second interpreter", "tables/module.cpp", "state().interpreter != current", "false"),
@@ -81,7 +82,7 @@ def noticed_by(build):
     output = tests.stdout + tests.stderr
     if tests.returncode == 0:
         return None
-    if failed := re.search(r"^(?:FAILED|ERROR) (?:tests/)?(\S+)", output, re.M):
+    if failed := re.search(r"^(?:FAILED|ERROR) (?:tests/)?(.+?)(?: - |$)", output, re.M):
         return failed[1]
     if error := re.search(r"error: (.*)", output):
         return f"the compiler: {error[1][:80]}"
