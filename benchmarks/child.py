@@ -89,10 +89,10 @@ def shape(root):
 
 
 def memory():
-    """Resident and, of that, anonymous memory, in KiB."""
+    """Resident and, of that, private dirty memory, in KiB."""
     with open("/proc/self/smaps_rollup", "rb") as file:
         lines = [line.split() for line in file]
-    return [int(line[1]) for line in lines if line[0] in (b"Rss:", b"Anonymous:")]
+    return [int(line[1]) for line in lines if line[0] in (b"Rss:", b"Private_Dirty:")]
 
 
 def peak():
@@ -106,7 +106,7 @@ def measure(load):
     memory(), peak(), perf_counter_ns()
     with open("/proc/self/clear_refs", "w") as file:
         file.write("5")  # the peak is now what is resident
-    high, blocks, (resident, anonymous) = peak(), sys.getallocatedblocks(), memory()
+    high, blocks, (resident, private) = peak(), sys.getallocatedblocks(), memory()
     faults = getrusage(RUSAGE_SELF).ru_minflt
     start = perf_counter_ns()
     held = load()
@@ -115,7 +115,7 @@ def measure(load):
     after, blocks, high = memory(), sys.getallocatedblocks() - blocks, peak() - high
     del held
     return {"import": end - start, "faults": faults, "resident": after[0] - resident,
-            "anonymous": after[1] - anonymous, "peak": high, "kept": blocks}
+            "private": after[1] - private, "peak": high, "kept": blocks}
 
 
 def count(load):

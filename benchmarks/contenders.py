@@ -113,6 +113,57 @@ def shape_header(held):
     return "\n".join([f"enum {{ floats = {shape(held)['float']} }};", *lines]) + "\n"
 
 
+def limit_header(held):
+    """The constants of the limit, and its program, in C."""
+    found = walk(held)
+    of_kind = {kind: list(dict.fromkeys(each for each in found if type(each) is kind))
+               for kind in (float, str, int)}
+    constants = [None, False, True, *of_kind[str], *of_kind[int]]
+    number = {(type(each), each): place for place, each in enumerate(constants)}
+    float_number = {each: place for place, each in enumerate(of_kind[float])}
+    slots, ranges, program, made = [], {}, [], {}
+
+    def of(part):
+        return make(part) if type(part) in (list, dict) else number[type(part), part]
+
+    def make(container):
+        if id(container) in made:
+            return made[id(container)]
+        if type(container) is list:
+            last = 0 if type(container[-1]) is float else of(container[-1])
+            # What stands there is not looked at where the list ends in an int.
+            filled = tuple(float_number.get(each, 0) for each in container)
+            if filled not in ranges:
+                ranges[filled] = len(slots)
+                slots.extend(filled)
+            step = [0, ranges[filled], len(container), last]
+        else:
+            step = [1, len(container), *(of(each) for entry in container.items() for each in entry)]
+        program.extend(step)
+        made[id(container)] = len(constants) + len(made)
+        return made[id(container)]
+
+    # Every text starts at an even place, as the wide ones must.
+    units, texts = bytearray(), []
+    for text in of_kind[str]:
+        width = 1 if max(text) < "\u0100" else 2
+        kind = 0 if text.isascii() and text.isidentifier() else width
+        texts += [kind, len(units), len(text)]
+        units += text.encode("latin-1" if width == 1 else "utf-16-le") + bytes(2)
+        units += bytes(len(units) % 2)
+
+    bindings = [of(each) for entry in held.items() if not callable(entry[1]) for each in entry]
+    arrays = {"ints": of_kind[int], "units": units, "texts": texts, "slots": slots,
+              "program": program, "bindings": bindings}
+    types = ("unsigned char", "unsigned short", "int")
+    lines = [f"enum {{ containers = {len(made)} }};",
+             f"static const double values[] = {{{', '.join(map(float.hex, of_kind[float]))}}};"]
+    for name, array in arrays.items():
+        kind = types[(max(array) > 0xFF) + (max(array) > 0xFFFF)]
+        lines.append(f"_Alignas(2) static const {kind} {name}[] = {{{str(list(array))[1:-1]}}};")
+    return "\n".join(lines) + "\n"
+
+
 def imported(file):
     """The module in this file, also when another one of its name has been imported before."""
     for name in [name for name in sys.modules if name.split(".")[0] in ("marlune", "data_tables")]:
@@ -151,10 +202,12 @@ def contenders(folder, own, cython):
               Contender("json", "json", document, folder),
               Contender("orjson", "orjson", document, folder)]
 
-    c_file = write(folder / "floor/source/floor.c", (here / "floor.c").read_bytes())
-    header = write(folder / "floor/source/shape.h", shape_header(held))
-    target = compiled(folder / "floor" / extension, c_file, header)
-    found.append(Contender("floor", "module", target, folder / "floor"))
+    for name, header, content in (("limit", "tables.h", limit_header(held)),
+                                  ("floor", "shape.h", shape_header(held))):
+        c_file = write(folder / name / f"source/{name}.c", (here / f"{name}.c").read_bytes())
+        header = write(folder / name / "source" / header, content)
+        target = compiled(folder / name / extension, c_file, header)
+        found.append(Contender(name, "module", target, folder / name))
     return found, shape(held)
 
 
