@@ -92,6 +92,21 @@ def test_docstring_keeps_its_sections_keys_and_facts_in_order():
     assert "start_age" not in text and "sex_independent" not in text
 
 
+def test_every_text_is_hashed_by_the_import():
+    # The hash stands behind the length of a text; -1 says that nobody has asked for it yet.
+    run(f"""
+        import ctypes
+        from {NAME} import REPO_TABLES
+        at = object.__basicsize__ + ctypes.sizeof(ctypes.c_ssize_t)
+        def hashed(text):
+            return ctypes.c_ssize_t.from_address(id(text) + at).value != -1
+        values = [value for table in REPO_TABLES.values() for value in table.values()]
+        assert all(hashed(value) for value in values if type(value) is str)
+        fresh = "%x" % at
+        assert not hashed(fresh)
+    """)
+
+
 def test_importing_again_gives_the_same_objects():
     # The interpreter leaks a byte when a create step hands out a module that exists already. The
     # process ends before anybody looks for it.

@@ -18,7 +18,10 @@ Reference text_object(std::string_view text) {
   if (object != nullptr && is_identifier_like(text)) {
     PyUnicode_InternInPlace(&object);
   }
-  return Reference::steal(object);
+  Reference owned = Reference::steal(object);
+  // Hashed once, so that nobody pays for a first look-up later.
+  check(PyObject_Hash(object) == -1 ? -1 : 0);
+  return owned;
 }
 
 } // namespace
