@@ -1,9 +1,12 @@
 """The DAV 2004 R functions and what they build."""
 
+import platform
+import sysconfig
 from decimal import Decimal
 from fractions import Fraction
 
 import pytest
+from compiler import compile_source
 from hypothesis import given
 from hypothesis import strategies as st
 
@@ -83,6 +86,20 @@ def test_lengths_copies_and_shared_elements():
     # The end is copied, not computed: that would give another double here.
     begin, end = 0.052, 0.014
     assert blend([begin], [end])[2024][0] is end and begin + 1.0 * (end - begin) != end
+
+
+@pytest.mark.parametrize(
+    ("option", "sentence"),
+    [("-ffast-math", "different with -ffast-math"), ("-mfpmath=387", "for SSE2, not for x87")],
+)
+def test_compiler_that_would_reckon_otherwise_is_refused(option, sentence):
+    if option.startswith("-m") and platform.machine() != "x86_64":
+        pytest.skip("only there")
+    include = f"-I{sysconfig.get_config_var('INCLUDEPY')}"
+    source = '#include "interpreter/arithmetic.hpp"'
+    assert compile_source(source, "-fsyntax-only", include)[0]
+    compiles, errors = compile_source(source, "-fsyntax-only", include, option)
+    assert not compiles and sentence in errors, errors
 
 
 class Logged:
