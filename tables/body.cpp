@@ -46,6 +46,8 @@ Reference value_of(const Step &step, const LiveModule &live) {
 
 } // namespace
 
+const LinesBeforeBody lines_before_body{.short_name = short_name_line, .builtins = builtins_line};
+
 LiteralObjects make_literals() { return LiteralObjects(module_recipes); }
 
 void run_body(const LiveModule &live, int &line) {

@@ -1,7 +1,8 @@
 #pragma once
 
 // The module body: what the import binds, in the order in which it binds it. A statement binds one
-// attribute, and its line is the one that a traceback of a failed import shows.
+// attribute, and its line is the one that a traceback of a failed import shows. The traceback names
+// no file but "data_tables", so every line that "init data_tables" shows is one of this file.
 
 #include "dav2004r/functions.hpp"
 #include "dav2004r/payloads.hpp"
@@ -30,26 +31,30 @@ struct Statement {
 };
 
 // The line is that of the use in the list below.
-constexpr Statement table(const Payload &payload, int line = __builtin_LINE()) {
+consteval Statement table(const Payload &payload, int line = __builtin_LINE()) {
   return {Statement::Kind::table, payload.attribute, line, &payload};
 }
-constexpr Statement base_vector(const BaseVector &vector, int line = __builtin_LINE()) {
+consteval Statement base_vector(const BaseVector &vector, int line = __builtin_LINE()) {
   return {Statement::Kind::base_vector, vector.name, line, nullptr, &vector};
 }
-constexpr Statement function(std::string_view name, PyMethodDef &function,
+consteval Statement function(std::string_view name, PyMethodDef &function,
                              int line = __builtin_LINE()) {
   return {Statement::Kind::function, name, line, nullptr, nullptr, &function};
 }
-constexpr Statement call(std::string_view name, std::string_view callee,
+consteval Statement call(std::string_view name, std::string_view callee,
                          int line = __builtin_LINE()) {
   return {Statement::Kind::call, name, line, nullptr, nullptr, nullptr, callee};
 }
-constexpr Statement repository(std::string_view name, int line = __builtin_LINE()) {
+consteval Statement repository(std::string_view name, int line = __builtin_LINE()) {
   return {Statement::Kind::repository, name, line};
 }
-constexpr Statement empty_dict(std::string_view name, int line = __builtin_LINE()) {
+consteval Statement empty_dict(std::string_view name, int line = __builtin_LINE()) {
   return {Statement::Kind::empty_dict, name, line};
 }
+
+// What the exec step does before the first statement.
+inline constexpr int short_name_line = __LINE__; // registers the module under its short name
+inline constexpr int builtins_line = __LINE__;   // finds zip and round
 
 inline constexpr Statement body[] = {
     // Spain

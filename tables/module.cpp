@@ -6,6 +6,8 @@
 #include "state.hpp"
 
 #include <cstdint>
+#include <new>
+#include <utility>
 
 namespace marlune::tables {
 
@@ -17,6 +19,7 @@ constexpr const char *module_name = "data_tables";
 // gone before the C++ statics are.
 struct State {
   std::int64_t interpreter = -1;
+  Reference module; // from the start of its exec step
   std::shared_ptr<const LiveModule> live;
 };
 
@@ -71,7 +74,8 @@ PyObject *create(PyObject *spec, PyModuleDef * /*definition*/) {
   Reference module;
   const bool created = succeeds([&] {
     require_same_interpreter();
-    module = state().live ? Reference::borrow(state().live->module.get()) : new_module(spec);
+    module = state().module.get() != nullptr ? Reference::borrow(state().module.get())
+                                             : new_module(spec);
   });
   return created ? module.release() : nullptr;
 }
@@ -85,11 +89,10 @@ void warn_of_other_version() {
   if (major == PY_MAJOR_VERSION && minor == PY_MINOR_VERSION) {
     return;
   }
-  std::array<char, 200> text{};
-  PyOS_snprintf(text.data(), text.size(),
-                "compile time Python version %d.%d of module '%.100s' %s runtime version %d.%d",
-                PY_MAJOR_VERSION, PY_MINOR_VERSION, module_name, "does not match", major, minor);
-  check(PyErr_WarnEx(PyExc_RuntimeWarning, text.data(), 1));
+  check(PyErr_WarnFormat(PyExc_RuntimeWarning, 1,
+                         "compile time Python version %d.%d of module '%s' does not match runtime "
+                         "version %d.%d",
+                         PY_MAJOR_VERSION, PY_MINOR_VERSION, module_name, major, minor));
 }
 
 // So that the functions' __module__, which is the short name, leads back to the module.
@@ -109,27 +112,30 @@ struct Progress {
 };
 
 void bring_to_life(PyObject *module, Progress &progress) {
+  state().module = Reference::borrow(module);
   const auto live = std::make_shared<LiveModule>();
-  live->module = Reference::borrow(module);
-  state().live = live;
   Reference builtins = Reference::steal(PyImport_AddModuleRef("builtins"));
   check(PyObject_SetAttrString(module, "__builtins__", builtins.get()));
   live->names = Namespace(Reference::borrow(PyModule_GetDict(module)), std::move(builtins));
   warn_of_other_version();
   live->literals = make_literals();
-  progress.line = __LINE__;
+  progress.line = lines_before_body.short_name;
   register_short_name(module);
-  progress.line = __LINE__;
+  progress.line = lines_before_body.builtins;
   live->builtins = Builtins::find(live->names);
+  state().live = live;
   run_body(*live, progress.line);
 }
 
-int abort_import(const Progress &progress) {
+int abort_import(PyObject *module, const Progress &progress) {
   if (progress.line != 0) {
-    add_traceback("init data_tables", progress.line);
+    add_traceback("init data_tables", progress.line, PyModule_GetDict(module));
   }
   PyObject *const pending = PyErr_GetRaisedException();
-  state().live.reset();
+  {
+    // Let go when it is forgotten already: finalizers may import the module again.
+    const State given_up{.module = std::move(state().module), .live = std::move(state().live)};
+  }
   if (pending != nullptr) {
     PyErr_SetRaisedException(pending);
   } else {
@@ -139,8 +145,8 @@ int abort_import(const Progress &progress) {
 }
 
 int exec(PyObject *module) {
-  if (state().live) {
-    if (state().live->module.get() == module) {
+  if (state().module.get() != nullptr) {
+    if (state().module.get() == module) {
       return 0;
     }
     PyErr_SetString(PyExc_RuntimeError, "Module 'data_tables' has already been imported. "
@@ -148,7 +154,7 @@ int exec(PyObject *module) {
     return -1;
   }
   Progress progress;
-  return succeeds([&] { bring_to_life(module, progress); }) ? 0 : abort_import(progress);
+  return succeeds([&] { bring_to_life(module, progress); }) ? 0 : abort_import(module, progress);
 }
 
 PyModuleDef_Slot slots[] = {
@@ -173,13 +179,7 @@ PyModuleDef definition = {
 
 } // namespace
 
-std::shared_ptr<const LiveModule> live_module() {
-  if (!state().live) {
-    PyErr_SetString(PyExc_RuntimeError, "Module 'data_tables' is not initialised.");
-    throw ErrorSet{};
-  }
-  return state().live;
-}
+std::shared_ptr<const LiveModule> live_module() { return state().live; }
 
 } // namespace marlune::tables
 

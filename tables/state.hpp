@@ -8,16 +8,17 @@
 
 namespace marlune::tables {
 
-// What the module has while it is alive: from the start of its exec step, and after a successful
-// import for ever. A failed import gives it up; a function that still runs then keeps its share.
+// What the module has while it is alive: from before the first statement of its body, and after a
+// successful import for ever. A failed import gives it up; a function that still runs then keeps its
+// share.
 struct LiveModule {
-  Reference module;
   Namespace names;
   LiteralObjects literals;
   Builtins builtins;
 };
 
-// The live module, for the functions of the module; RuntimeError when its import has failed.
+// The live module, for the functions of the module; null when there is none, because its import has
+// failed or is not that far.
 std::shared_ptr<const LiveModule> live_module();
 
 } // namespace marlune::tables

@@ -88,6 +88,18 @@ def test_lengths_copies_and_shared_elements():
     assert blend([begin], [end])[2024][0] is end and begin + 1.0 * (end - begin) != end
 
 
+def test_long_list_beside_a_short_one_takes_no_memory():
+    import tracemalloc
+
+    long = [0.0] * 10**5
+    tracemalloc.start()
+    try:
+        blend(long, [1.0])
+        assert tracemalloc.get_traced_memory()[1] < 1.5 * 10**5 * 8
+    finally:
+        tracemalloc.stop()
+
+
 @pytest.mark.parametrize(
     ("option", "sentence"),
     [("-ffast-math", "different with -ffast-math"), ("-mfpmath=387", "for SSE2, not for x87")],

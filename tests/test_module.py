@@ -7,6 +7,7 @@ import sysconfig
 from pathlib import Path
 
 import pytest
+from compiler import SOURCE
 from fresh import run
 
 import marlune.tables.data_tables as module
@@ -140,71 +141,112 @@ FAILING_IMPORT = f"""
             assert "{NAME}" not in sys.modules
             return error
         raise AssertionError("the import went through")
-    def entries(error):
-        return [(f.filename, f.name) for f in traceback.extract_tb(error.__traceback__)]
+    def told(error):
+        # The type and the text, then the frames of the module: function, line, name of the module.
+        frames = [(frame.f_code, line, frame.f_globals)
+                  for frame, line in traceback.walk_tb(error.__traceback__)]
+        return repr(error), [(code.co_name, line, names["__name__"])
+                             for code, line, names in frames if code.co_filename == "data_tables"]
+    def module_dict():
+        return vars(sys.modules["{NAME}"])
+    def succeeds():
+        import {NAME} as module
+        assert len(module.REPO_TABLES) == 66 and list(vars(module))[-1] == "__test__"
 """
+
+
+def frames(*functions):
+    """Of each function the name, the line of its file that holds a text, and the module."""
+    found = []
+    for function, file, text in functions:
+        lines = (SOURCE / file).read_text().splitlines()
+        (line,) = (number for number, each in enumerate(lines, 1) if text in each)
+        found.append((function, line, NAME))
+    return found
+
+
+def body(text):
+    return "init data_tables", "body.hpp", text
+
+
+def function(name):
+    return f"data_tables.{name}", "dav2004r/functions.cpp", f'"data_tables.{name}"'
+
+
+BUILD, BLEND = function("_build_dav2004r_data"), function("_dav_mi_linear")
+NOT_DEFINED = "NameError(\"name '{}' is not defined\")"
 
 
 @pytest.mark.parametrize("name", ["zip", "round"])
 def test_missing_builtin_fails_the_import_and_the_next_one_succeeds(name):
-    run(FAILING_IMPORT + f"""
+    printed = run(FAILING_IMPORT + f"""
     kept = builtins.{name}
     del builtins.{name}
-    error = fails()
+    print(told(fails()))
     builtins.{name} = kept
-    assert type(error) is NameError and str(error) == "name '{name}' is not defined", error
-    assert entries(error)[-1] == ("data_tables", "init data_tables"), entries(error)
     half_built = sys.modules["data_tables"]
     assert "GAM71" not in vars(half_built)
-    import {NAME} as module
-    assert module is not half_built and len(module.REPO_TABLES) == 66
+    succeeds()
+    assert sys.modules["{NAME}"] is not half_built is sys.modules["data_tables"]
     """)
+    assert eval(printed) == (NOT_DEFINED.format(name), frames(body("int builtins_line")))
 
 
-def test_name_lost_during_the_body_fails_the_import_at_the_statement_that_needs_it():
-    """A replaced builtin takes attributes away while the body runs."""
-    run(FAILING_IMPORT + f"""
-    real_zip, real_round = zip, round
-    def module_dict():
-        return vars(sys.modules["{NAME}"])
-    def zip(*lists):
-        module_dict().pop("PASEM2010", None)
-        return real_zip(*lists)
-    def drop(*names):
-        def round(*arguments):
-            for name in names:
-                module_dict().pop(name, None)
-            return real_round(*arguments)
-        return round
-    lines = {{}}
-    for lost, round_, zip_ in (
-        ("PASEM2010", real_round, zip),
-        ("_IX_F_BASE", drop("_IX_F_BASE"), real_zip),
-        ("DummyLIFE_Unisex", drop("DummyLIFE_Unisex"), real_zip),
-    ):
-        builtins.round, builtins.zip = round_, zip_
-        error = fails()
-        assert type(error) is NameError and str(error) == f"name '{{lost}}' is not defined", error
-        assert entries(error)[-1] == ("data_tables", "init data_tables"), entries(error)
-        lines[lost] = traceback.extract_tb(error.__traceback__)[-1].lineno
-    assert lines["_IX_F_BASE"] < lines["PASEM2010"] == lines["DummyLIFE_Unisex"], lines
-    builtins.round, builtins.zip = real_round, real_zip
-    import {NAME} as module
-    assert len(module.REPO_TABLES) == 66 and list(vars(module))[-1] == "__test__"
+def test_short_name_that_cannot_be_looked_up_fails_the_import():
+    printed = run(FAILING_IMPORT + """
+    class Name(str):
+        __hash__ = str.__hash__
+        def __eq__(self, other): raise OSError(other)
+    sys.modules[Name("data_tables")] = None
+    print(told(fails()))
     """)
+    assert eval(printed) == ("OSError('data_tables')", frames(body("int short_name_line")))
+
+
+@pytest.mark.parametrize(
+    ("replaced", "lost", "statement"),
+    [
+        ("zip", "PASEM2010", 'repository("REPO_TABLES")'),
+        ("round", "_IX_F_BASE", "table(synthetic::DummySD_Select)"),
+        ("round", "DummyLIFE_Unisex", 'repository("REPO_TABLES")'),
+    ],
+)
+def test_name_lost_during_the_body_fails_the_import_at_the_statement_that_needs_it(
+    replaced, lost, statement
+):
+    """A replaced builtin takes an attribute away while the body runs."""
+    printed = run(FAILING_IMPORT + f"""
+    real = {replaced}
+    def replaced(*arguments):
+        module_dict().pop("{lost}", None)
+        return real(*arguments)
+    builtins.{replaced} = replaced
+    print(told(fails()))
+    builtins.{replaced} = real
+    succeeds()
+    """)
+    assert eval(printed) == (NOT_DEFINED.format(lost), frames(body(statement)))
 
 
 def test_failure_inside_the_functions_carries_their_names():
-    run(FAILING_IMPORT + """
+    printed = run(FAILING_IMPORT + """
+    kept = zip
     def zip(*lists):
+        global blend
+        blend = module_dict()["_dav_mi_linear"]
         raise KeyboardInterrupt("stop")
     builtins.zip = zip
-    error = fails()
-    assert type(error) is KeyboardInterrupt
-    assert [name for file, name in entries(error) if file == "data_tables"] == [
-        "init data_tables", "data_tables._build_dav2004r_data", "data_tables._dav_mi_linear",
-    ], entries(error)
+    print(told(fails()))
+    # What a failed import leaves behind is in no module.
+    try:
+        blend([None], [0.1])
+    except TypeError as error:
+        frame = error.__traceback__.tb_next.tb_frame
+        assert frame.f_code.co_name == "data_tables._dav_mi_linear"
+        assert "__name__" not in frame.f_globals
     """)
+    at = body('call("_DAV2004R_DATA"')
+    assert eval(printed) == ("KeyboardInterrupt('stop')", frames(at, BUILD, BLEND))
 
 
 def test_other_runtime_version_warns():

@@ -9,6 +9,8 @@
 #include "payload/objects.hpp"
 #include "state.hpp"
 
+#include <algorithm>
+
 namespace marlune::tables::dav2004r {
 
 namespace {
@@ -75,12 +77,13 @@ Pair unpack_pair(PyObject *iterable) {
 }
 
 // Calls `action` for each pair that zip(start, target) gives, with the builtin `zip` of the import.
+// The function outlives an import that fails; then nobody has another `zip` than the interpreter's.
 template <class Action>
-void for_each_pair(const Builtins &builtins, const TrendArguments &trends, Action action) {
-  if (!builtins.own_zip) {
+void for_each_pair(const LiveModule *live, const TrendArguments &trends, Action action) {
+  if (live != nullptr && !live->builtins.own_zip) {
     PyObject *const arguments[] = {trends.start, trends.target};
     const Reference pairs =
-        Reference::steal(PyObject_Vectorcall(builtins.zip.get(), arguments, 2, nullptr));
+        Reference::steal(PyObject_Vectorcall(live->builtins.zip.get(), arguments, 2, nullptr));
     for_each_item(pairs.get(), [&](PyObject *item) {
       const Pair pair = unpack_pair(item);
       action(pair.first.get(), pair.second.get());
@@ -103,32 +106,45 @@ Reference copy_of(PyObject *list) {
   return Reference::steal(PyList_GetSlice(list, 0, PY_SSIZE_T_MAX));
 }
 
-Reference blended(const Builtins &builtins, const TrendArguments &trends, int year) {
+Reference blended(const LiveModule *live, const TrendArguments &trends, int year) {
   const Weight weight(year);
-  Items items(PyList_GET_SIZE(trends.start));
-  for_each_pair(builtins, trends, [&](PyObject *start, PyObject *target) {
+  Items items(std::min(PyList_GET_SIZE(trends.start), PyList_GET_SIZE(trends.target)));
+  for_each_pair(live, trends, [&](PyObject *start, PyObject *target) {
     items.add(blend(weight, start, target));
   });
   return std::move(items).list();
 }
 
-Reference improvement_grid(const LiveModule &live, const TrendArguments &trends) {
-  Reference grid = Reference::steal(PyDict_New());
-  Index year_key = constant(first_year);
-  set_item(grid, live.literals[year_key], copy_of(trends.start).get());
-  for (int year = first_year + 1; year < last_year; ++year) {
-    ++year_key;
-    set_item(grid, live.literals[year_key], blended(live.builtins, trends, year).get());
+Reference year_key(const LiveModule *live, int year) {
+  if (live == nullptr) {
+    return Reference::steal(PyLong_FromLong(year));
   }
-  set_item(grid, live.literals[constant(last_year)], copy_of(trends.target).get());
+  return Reference::borrow(
+      live->literals[static_cast<Index>(constant(first_year) + (year - first_year))]);
+}
+
+Reference improvement_grid(const LiveModule *live, const TrendArguments &trends) {
+  Reference grid = Reference::steal(PyDict_New());
+  const auto add = [&](int year, const Reference &rates) {
+    set_item(grid, year_key(live, year).get(), rates.get());
+  };
+  add(first_year, copy_of(trends.start));
+  for (int year = first_year + 1; year < last_year; ++year) {
+    add(year, blended(live, trends, year));
+  }
+  add(last_year, copy_of(trends.target));
   return grid;
+}
+
+PyObject *globals_of(const LiveModule *live) {
+  return live != nullptr ? live->names.dict() : nullptr;
 }
 
 PyObject *call_mi_linear(PyObject * /*module*/, PyObject *const *values, Py_ssize_t count,
                          PyObject *keywords) {
-  return guarded("data_tables._dav_mi_linear", __LINE__, [&] {
-    const TrendArguments trends = trend_arguments(values, count, keywords);
-    return improvement_grid(*live_module(), trends);
+  const auto live = live_module();
+  return guarded("data_tables._dav_mi_linear", __LINE__, globals_of(live.get()), [&] {
+    return improvement_grid(live.get(), trend_arguments(values, count, keywords));
   });
 }
 
@@ -223,8 +239,15 @@ Reference all_data(const LiveModule &live) {
 }
 
 PyObject *call_build_data(PyObject * /*module*/, PyObject * /*no arguments*/) {
-  return guarded("data_tables._build_dav2004r_data", __LINE__,
-                 [&] { return all_data(*live_module()); });
+  const auto live = live_module();
+  return guarded("data_tables._build_dav2004r_data", __LINE__, globals_of(live.get()), [&] {
+    if (!live) {
+      PyErr_SetString(PyExc_RuntimeError, "_build_dav2004r_data() looks '_dav_mi_linear' up in the "
+                                          "module data_tables, which is not imported");
+      throw ErrorSet{};
+    }
+    return all_data(*live);
+  });
 }
 
 } // namespace

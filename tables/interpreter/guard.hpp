@@ -5,31 +5,40 @@
 #include "interpreter/reference.hpp"
 #include "interpreter/traceback.hpp"
 
+#include <exception>
 #include <new>
 
 namespace marlune::tables {
 
-// Runs `action`; false when it failed, with the interpreter's exception pending.
+// Runs `action`; false when it failed, with the interpreter's exception pending. What nobody meant
+// to be thrown stops here, too: the process is somebody else's.
 template <class Action> bool succeeds(Action action) {
   try {
     action();
     return true;
   } catch (const ErrorSet &) {
-    return false;
+    // The indicator says it all.
   } catch (const std::bad_alloc &) {
     PyErr_NoMemory();
-    return false;
+  } catch (const std::exception &error) {
+    PyErr_Format(PyExc_SystemError, "data_tables has failed within itself: %s", error.what());
+  } catch (const char *sentence) {
+    PyErr_Format(PyExc_SystemError, "data_tables has failed within itself: %s", sentence);
+  } catch (...) {
+    PyErr_SetString(PyExc_SystemError, "data_tables has failed within itself");
   }
+  return false;
 }
 
 // The body of a function of the module: its result, or NULL and an exception that names the
 // function.
-template <class Action> PyObject *guarded(const char *function, int line, Action action) {
+template <class Action>
+PyObject *guarded(const char *function, int line, PyObject *globals, Action action) {
   Reference result;
   if (succeeds([&] { result = action(); })) {
     return result.release();
   }
-  add_traceback(function, line);
+  add_traceback(function, line, globals);
   return nullptr;
 }
 

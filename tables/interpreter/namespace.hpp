@@ -19,6 +19,7 @@ public:
 
   void bind(PyObject *name, const Reference &value) const { set_item(dict_, name, value.get()); }
 
+  [[nodiscard]] PyObject *dict() const { return dict_.get(); }
   [[nodiscard]] PyObject *builtins() const { return builtins_.get(); }
 
 private:
