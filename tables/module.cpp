@@ -30,14 +30,25 @@ State &state() {
 
 // ---- create step ----
 
-// The objects of the module belong to the interpreter that made them, and they are made once.
+// The objects of the module belong to the interpreter that made them, and they are made once. Where a
+// process ends the interpreter and starts it again, ids begin again as well; so the interpreter bears
+// a mark, which ends with it. The address is that of this library alone, for the process's life.
 void require_same_interpreter() {
-  const std::int64_t current = PyInterpreterState_GetID(PyInterpreterState_Get());
+  PyInterpreterState *const running = PyInterpreterState_Get();
+  const std::int64_t current = PyInterpreterState_GetID(running);
   check(current < 0 ? -1 : 0);
+  PyObject *const marks = PyInterpreterState_GetDict(running);
+  if (marks == nullptr) {
+    throw std::bad_alloc();
+  }
+  const Reference mark = Reference::steal(PyLong_FromVoidPtr(&state()));
   if (state().interpreter == -1) {
+    check(PyDict_SetItem(marks, mark.get(), Py_None));
     state().interpreter = current;
   }
-  if (state().interpreter != current) {
+  const int marked = PyDict_Contains(marks, mark.get());
+  check(marked);
+  if (state().interpreter != current || marked == 0) {
     PyErr_SetString(PyExc_ImportError, "Interpreter change detected - this module can only be "
                                        "loaded into one interpreter per process.");
     throw ErrorSet{};
