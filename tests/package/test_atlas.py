@@ -1,3 +1,4 @@
+# ./dev adds: browser npm
 """The atlas in a browser: it shows the module's values, draws them, and says what is doubtful."""
 
 import json

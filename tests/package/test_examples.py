@@ -1,3 +1,4 @@
+# ./dev adds: arrays
 """Examples and documents say what is so: their numbers, computed here another way or published."""
 
 import contextlib

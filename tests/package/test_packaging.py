@@ -1,3 +1,4 @@
+# ./dev adds: package
 """The package as people install it, the interpreters that it refuses, and its changelog."""
 
 import re

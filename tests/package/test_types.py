@@ -1,3 +1,4 @@
+# ./dev adds: arrays npm types
 """What the stub is worth to those who check types: the module as installed, in mypy and pyright."""
 
 import json

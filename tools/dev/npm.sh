@@ -1,0 +1,30 @@
+# shellcheck shell=bash
+# Sourced by `dev`: what the tools and the tests take from npm.
+
+# Installs what package.json lists, once for each package-lock.json, and sets DATA_TABLES_NPM to
+# where it is. Done outside of the root, with the settings that npm has on this machine.
+npm_modules() {
+  local key folder log
+  key=$(cat "$here/package.json" "$here/package-lock.json" | sha256sum)
+  folder=$cache/npm-${key:0:12} log=$cache/npm.log
+  if [ ! -d "$folder" ]; then
+    open_cache
+    if [ ! -d "$folder" ]; then
+      command -v npm >/dev/null || install_here npm
+      say 'fetching the packages of package-lock.json'
+      mkdir "$folder.partial"
+      cp "$here/package.json" "$here/package-lock.json" "$folder.partial"
+      # It ends with this script, however that ends.
+      (cd "$folder.partial" && exec setpriv --pdeathsig KILL \
+        npm ci --ignore-scripts --no-audit --no-fund) >"$log" 2>&1 </dev/null || {
+        tail -n 20 "$log" >&2
+        rm -rf "$folder.partial"
+        fail "npm cannot install the packages; the log is $log"
+      }
+      mv -T "$folder.partial" "$folder"
+      rm -f "$log"
+    fi
+    close_cache
+  fi
+  export DATA_TABLES_NPM=$folder/node_modules
+}

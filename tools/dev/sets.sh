@@ -1,0 +1,31 @@
+# shellcheck shell=bash
+# Sourced by `dev`: what its commands ask for beyond the base, set by set, and the Debian packages
+# that bring it. A line for each: name, what it is for, what proves on a machine with its own
+# CPython 3.14 that it is there (commands, and Python modules with a dot in front), packages.
+declare -A purpose proof packages
+
+set_is() {
+  purpose[$1]=$2 proof[$1]=$3 packages[$1]=$4
+}
+
+set_is base 'interpreter, headers, compiler, CMake and Ninja, for all commands' \
+  'c++ cmake ninja' 'python3-dev g++ cmake ninja-build'
+set_is tests 'pytest and what tests of `dev` run it in' \
+  '.pytest .xdist .hypothesis bwrap' 'python3-pytest python3-pytest-xdist python3-hypothesis bubblewrap'
+set_is arrays 'numpy and pandas, for the examples' \
+  '.numpy .pandas' 'python3-numpy python3-pandas'
+set_is package 'pip and the build back end, for the wheel and its tests' \
+  '.pip .venv .scikit_build_core git' 'python3-pip python3-venv python3-scikit-build-core git'
+set_is clang 'a second compiler' \
+  'clang++' 'clang'
+set_is debug 'the debug interpreter' \
+  'python3.14-dbg' 'python3-dbg'
+set_is checks 'formatting and static analysis' \
+  'clang-format clang-tidy mypy git' 'clang-format clang-tidy mypy git'
+set_is types 'type checkers, and Node for the one from npm' \
+  '.mypy node' 'mypy nodejs'
+set_is browser 'Chromium, for the atlas' \
+  '.selenium chromium chromedriver node' \
+  'python3-selenium chromium chromium-driver nodejs fonts-dejavu-core'
+set_is bench 'what the module is measured with and against' \
+  'cython3 perf valgrind .orjson' 'cython3 linux-perf valgrind python3-orjson'

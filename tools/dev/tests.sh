@@ -1,0 +1,63 @@
+# shellcheck shell=bash
+# Sourced by `dev`: which tests are run, with what, and how.
+
+# The sets that test files ask for beside `tests`, in a line of theirs.
+sets_of_files() {
+  sed -n 's/^# \.\/dev adds: //p' "$@" | tr ' ' '\n' | sort -u
+}
+
+# Test files below files or folders; a test may be named behind a file.
+files_below() {
+  local path
+  for path in "$@"; do
+    path=${path%%::*}
+    [ ! -e "$here/$path" ] || (cd "$here" && find "$path" -name '*.py' -type f)
+  done | sort -u
+}
+
+# The test files that are for `./dev test --all` only: those with something from npm or a browser.
+files_for_all() {
+  grep -lrE --include='*.py' '^# \./dev adds: .*\b(npm|browser)\b' "$here/tests"
+}
+
+run_tests() {
+  local preset=$1
+  shift
+  build "$preset"
+  say "testing $preset"
+  # How the module is packed and what is made of it does not depend on the build.
+  [ "$preset" = release ] || set -- "$@" --ignore=tests/package
+  local allocator=debug
+  # The sanitizer sees through the interpreter's own allocator only when that is out of the way.
+  [ "$preset" != sanitize ] || allocator=malloc
+  (cd "$here" && PYTHONMALLOC=$allocator PYTHONDONTWRITEBYTECODE=1 DATA_TABLES_BUILD=$preset \
+    look_for_leaks=1 python_of "$preset" -m pytest "$@")
+}
+
+# ./dev test [--all | ARGUMENTS]
+test_command() {
+  local preset=${DATA_TABLES_BUILD:-release} files file
+  local parallel=(-q -n "$(nproc)" --dist=worksteal)
+  if [ "${1:-}" = --all ]; then
+    shift
+    mapfile -t files < <(files_below tests)
+    mapfile -t sets < <(sets_of_files "${files[@]}")
+    ask_for tests clang debug "${sets[@]}"
+    for preset in clang debug sanitize release; do
+      run_tests "$preset" "${parallel[@]}" "$@"
+    done
+    return
+  fi
+  mapfile -t files < <(files_below "$@")
+  if [ ${#files[@]} = 0 ]; then
+    # Nothing is named: all but what is for --all.
+    [ $# -gt 0 ] || set -- "${parallel[@]}"
+    while read -r file; do
+      set -- "$@" --ignore="${file#"$here/"}"
+    done < <(files_for_all)
+    mapfile -t files < <(files_below tests | grep -vxFf <(files_for_all | sed "s|^$here/||"))
+  fi
+  mapfile -t sets < <([ "$preset" != release ] || sets_of_files "${files[@]}")
+  ask_for tests $(sets_of_build "$preset") "${sets[@]}"
+  run_tests "$preset" "$@"
+}
