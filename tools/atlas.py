@@ -26,37 +26,6 @@ PARTS = Path(__file__).resolve().parent / "atlas"
 # One script, in this order.
 SCRIPTS = ("tables", "address", "list", "lines", "plots", "legend", "values", "about", "page")
 
-# What the facts of a family are. A name that is not here is refused: it could be a doubt.
-KINDS = {
-    "Publisher": "fact",
-    "Document": "fact",
-    "Tables": "fact",
-    "Base year": "fact",
-    "Select": "fact",
-    "Closing": "fact",
-    "Checked": "fact",
-    "Published": "fact",
-    "Published columns": "fact",
-    "First-order rates are products": "fact",
-    "Laws in the data": "fact",
-    "Odd": "odd",
-    "Computed at import, not published": "odd",
-    "Completed, not published": "odd",
-    "Factors above age 90": "odd",
-    "Reconstructed": "doubt",
-    "Open": "doubt",
-}
-# By a word of the line "Publisher".
-COUNTRIES = {
-    "Spain": "Spain",
-    "Germany": "Germany",
-    "United States": "United States",
-    "Swiss": "Switzerland",
-    "Chile": "Chile",
-    "United Kingdom": "United Kingdom",
-}
-# The basis of a column that is not published as a whole.
-RECONSTRUCTED = re.compile(r"\*\*(\d+)-(\d+) reconstructed\*\*")
 # The view that the documentation shows: two countries, per mille beside decimal.
 PICTURE_VIEW = "table=PER2020_Ind_1o&with=DAV2004R_Agg_2o"
 PICTURE_SIZE = "1200,900"
@@ -68,15 +37,10 @@ BROWSER = (
 
 
 class ShapeError(Exception):
-    """The provenance document is not what is read here."""
+    """A text of the register is not what is read here."""
 
 
-def expect(holds, where, what):
-    if not holds:
-        raise ShapeError(f"docs/provenance.md, {where}: {what}")
-
-
-# ---- the provenance document ----
+# ---- the register of sources ----
 
 
 def as_html(text, where):
@@ -84,7 +48,8 @@ def as_html(text, where):
     pieces = re.split(r"(`[^`]+`|\*\*.+?\*\*|\*[^*]+\*|\[[^\]]+\]\([^)]+\))", text)
     for number, piece in enumerate(pieces):
         if number % 2 == 0:  # what is between the marked pieces
-            expect(not re.search(r"[`*\[\]<>]", piece), where, f"unknown markup in {piece!r}")
+            if re.search(r"[`*<>]", piece):
+                raise ShapeError(f"{where}: unknown markup in {piece!r}")
             pieces[number] = html.escape(piece)
         elif piece.startswith("`"):
             pieces[number] = f"<code>{html.escape(piece[1:-1])}</code>"
@@ -97,84 +62,22 @@ def as_html(text, where):
     return "".join(pieces)
 
 
-def blocks_of(lines):
-    """The blocks between blank lines, each with its kind."""
-    marks = {">": "quote", "-": "list", "|": "table"}
-    for block in "\n".join(lines).strip("\n").split("\n\n"):
-        yield marks.get(block[:1], "text"), block.strip("\n").split("\n")
-
-
-def quote_of(lines, where):
-    """The paragraphs of a quotation."""
-    expect(all(line.startswith(">") for line in lines), where, "a quotation that breaks off")
-    paragraphs = "\n".join(line[1:].strip() for line in lines).split("\n\n")
-    return [as_html(paragraph.replace("\n", " "), where) for paragraph in paragraphs]
-
-
-def facts_of(lines, where):
-    """Name, kind and text of every item of a list."""
-    items = []
-    for line in lines:
-        if line.startswith("- "):
-            items.append(line[2:])
-        else:
-            expect(items and line.startswith("  "), where, f"not an item of the list: {line!r}")
-            items[-1] += " " + line.strip()
-    for item in items:
-        match = re.fullmatch(r"\*\*(.+?)\*\*: (.+)", item)
-        expect(match, where, f"an item that does not start with a name: {item!r}")
-        name, text = match.groups()
-        expect(name in KINDS, where, f"what kind of fact is {name!r}? KINDS does not say")
-        yield name, KINDS[name], as_html(text, where)
-
-
-def rows_of(lines, where):
-    """The rows of a table, each a dict by the names of the head."""
-    cells = [[cell.strip() for cell in line.strip("|").split("|")] for line in lines]
-    expect(tuple(cells[0]) == provenance.HEAD, where, f"the head of the table is {cells[0]}")
-    expect(len(cells) > 2 and set("".join(cells[1])) == {"-"}, where, "no rows under the head")
-    for row in cells[2:]:
-        expect(len(row) == len(cells[0]), where, f"a row of {len(row)} cells: {row}")
-        yield dict(zip(provenance.HEAD, row))
-
-
-def family_of(title, lines):
-    kinds, contents = zip(*blocks_of(lines))
-    expect(kinds in (("list", "table"), ("quote", "list", "table")), title, f"holds {kinds}")
-    facts = list(facts_of(contents[-2], title))
-    names = [name for name, _, _ in facts]
-    for needed in ("Publisher", "Checked"):
-        expect(names.count(needed) == 1, title, f"{needed} is not there once")
-    publisher = facts[names.index("Publisher")][2]
-    countries = [country for word, country in COUNTRIES.items() if word in publisher]
-    expect(len(countries) == 1, title, f"the publisher names {countries or 'no country'}")
+def family_of(family):
+    items = provenance.items_of(family)
     return {
-        "title": title,
-        "country": countries[0],
-        "warning": quote_of(contents[0], title) if kinds[0] == "quote" else [],
-        "facts": facts,
-        "rows": list(rows_of(contents[-1], title)),
+        "title": family["title"],
+        "country": family["country"],
+        "facts": [[name, "fact", as_html(text, family["title"])] for name, text in items],
     }
 
 
-def read_provenance():
-    """The families, the warning at the top, and what is said about the tables without a row."""
-    lines = provenance.PROVENANCE.read_text(encoding="utf-8").splitlines()
-    starts = [number for number, line in enumerate(lines) if line.startswith("## ")]
-    ends = starts[1:] + [len(lines)]
-    sections = [(lines[a][3:], lines[a + 1 : b]) for a, b in zip(starts, ends)]
-    titles = [title for title, _ in sections]
-    expect(titles[:1] == ["How to read a row"], "the sections", "the first is not the one on rows")
-    expect(titles[-1:] == ["Not published"], "the sections", "the last is not the one on the rest")
-
-    top = list(blocks_of(lines[: starts[0]]))
-    kinds = [kind for kind, _ in top]
-    expect(kinds == ["text", "quote", "text"], "the top", f"holds {kinds}")
-    warning = quote_of(top[1][1], "the top")
-    families = [family_of(*section) for section in sections[1:-1]]
-    rest = list(blocks_of(sections[-1][1]))
-    expect([kind for kind, _ in rest] == ["text"], titles[-1], "is not one paragraph")
-    return families, warning, as_html(" ".join(rest[0][1]), titles[-1])
+def doubts_of(name, table):
+    """Grade, kind and text of every doubt about a table, with the ages that it is about."""
+    for doubt in table["doubts"]:
+        ages = dict.fromkeys(provenance.told(each) for each in doubt["columns"].values() if each)
+        text = doubt["text"] + (f" Ages {'; '.join(ages)}." if ages else "")
+        kind = "doubt" if doubt["grade"] == "value" else "odd"
+        yield [doubt["grade"], kind, as_html(text, name)]
 
 
 # ---- what the page holds ----
@@ -187,56 +90,44 @@ def series_of(payload):
             yield key, None, column
         else:
             for label, rates in column.items():
-                yield key, str(label), rates
+                yield key, label, rates
 
 
 def contents():
     """All that the page shows, with every distinct list once."""
-    families, warning, invented = read_provenance()
-    disagreements = provenance.disagreements()
-    expect(not disagreements, "the rows", "; ".join(disagreements))
-
-    by_column = {}  # table and column to the row and the number of its family
-    for number, family in enumerate(families):
-        for row in family.pop("rows"):
-            by_column[row["table"].strip("`"), row["column"].strip("`")] = row, number
-    sources = {}  # the rows of a list: DAV tables of an order share the lists of their trends
-    for table, column, shared in provenance.published_columns():
-        for rates in shared:
-            sources.setdefault(id(rates), []).append((table, column))
-
-    lists, tables, warned = {}, [], []
+    register = provenance.register()
+    families = [each for each in register["families"].values() if each["country"]]
+    lists, tables = {}, []
     for name, payload in REPO_TABLES.items():
-        synthetic = name.startswith("Dummy")
-        series, rows, numbers = [], {}, set()
+        said = register["tables"][name]
+        rows = {key: each for key, each in said["columns"].items() if each["published"]}
+        published = {
+            (each["key"], label) for each in rows.values() for label in each["labels"] or [None]
+        }
+        series = []
         for key, label, rates in series_of(payload):
             number = lists.setdefault(" ".join(map(repr, rates)), len(lists))
-            places = sorted(sources.get(id(rates), []), key=lambda place: place[0] != name)
-            series.append([key, label, number, not synthetic and not places])
-            if places:
-                rows[places[0]], family = by_column[places[0]]
-                numbers.add(family)
-        expect(len(numbers) == (not synthetic), name, f"is in {len(numbers)} families")
-        marks = (RECONSTRUCTED.fullmatch(row["basis"]) for row in rows.values())
-        reconstructed = next(([int(mark[1]), int(mark[2])] for mark in marks if mark), None)
-        if reconstructed:
-            warned.append(name)
+            computed = not said["invented"] and (key, label) not in published
+            series.append([key, None if label is None else str(label), number, computed])
+        (family,) = [n for n, each in enumerate(families) if name in each["tables"]] or [None]
+        marks = [each["reconstructed"][0] for each in rows.values() if each["reconstructed"]]
         tables.append({
             "name": name,
-            "family": numbers.pop() if numbers else None,
+            "family": family,
             "meta": [[key, value] for key, value in payload.items() if key != "data"],
             "series": series,
-            "reconstructed": reconstructed,
-            "rows": [[as_html(cell, name) for cell in row.values()] for row in rows.values()],
+            "reconstructed": marks[0] if marks else None,
+            "doubts": list(doubts_of(name, said)),
+            "rows": [
+                [as_html(cell, name) for cell in provenance.cells_of(name, *row)]
+                for row in rows.items()
+            ],
         })
-    named = re.findall("<code>(.+?)</code>", warning[0])
-    expect(named == warned, "the warning", f"names {named}; the rows say so of {warned}")
     return {
         "keys": list(dict.fromkeys(key for table in tables for key, _ in table["meta"])),
         "head": provenance.HEAD,
-        "families": families,
-        "warning": warning,
-        "invented": invented,
+        "families": [family_of(each) for each in families],
+        "invented": as_html(register["families"]["synthetic"]["publication"] + ".", "synthetic"),
         "tables": tables,
         "lists": list(lists),
     }

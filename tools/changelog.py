@@ -1,11 +1,12 @@
-"""Check that CHANGELOG.md names every changed column of docs/provenance.md; silent where it does.
+"""Check that CHANGELOG.md names every changed published column; silent where it does.
 
 Usage: changelog.py [FOLDER], by default the top of the tree. Every section carries one digest over
-the rows of the provenance as they were released. Undoing the newest section's rows of changed
+the published columns of the register of sources as they were released. Undoing the newest section's rows of changed
 columns must lead to the digest of the section below, and so on down to the first release.
 """
 
 import hashlib
+import json
 import re
 import sys
 import tomllib
@@ -27,8 +28,19 @@ def digest_of(columns: dict[tuple[str, str], str]) -> str:
     return hashlib.sha256("".join(lines).encode()).hexdigest()[:16]
 
 
-def problems_of(changelog: str, provenance: str, version: str) -> Iterator[str]:
-    columns = {(row[0], row[1]): row[-1] for row in rows_of(provenance)}
+def published(register: str) -> dict[tuple[str, str], str]:
+    """The digest of every published column, of lists that tables share once."""
+    tables = json.loads(register)["tables"].items()
+    return {
+        (name, column): entry["digest"]
+        for name, table in tables
+        for column, entry in table["columns"].items()
+        if entry["published"] and not entry["same_as"]
+    }
+
+
+def problems_of(changelog: str, register: str, version: str) -> Iterator[str]:
+    columns = published(register)
     _, *sections = re.split(r"^## ", changelog, flags=re.MULTILINE)
     release = NONE
     for number, section in enumerate(sections):
@@ -37,7 +49,7 @@ def problems_of(changelog: str, provenance: str, version: str) -> Iterator[str]:
             yield f"the newest section is {release}, the version in pyproject.toml is {version}"
         told = re.search(r"[Dd]igest of all columns: `(.*)`", section)
         if told is None or told[1] != digest_of(columns):
-            what = "docs/provenance.md" if number == 0 else f"undoing the rows of {above}"
+            what = "the register" if number == 0 else f"undoing the rows of {above}"
             yield f"{release}: digest of all columns: {what} gives {digest_of(columns)}"
             return
         for table, column, old, new, reason, source in rows_of(section):
@@ -52,12 +64,14 @@ def problems_of(changelog: str, provenance: str, version: str) -> Iterator[str]:
 
 def main() -> None:
     top = Path(sys.argv[1] if len(sys.argv) > 1 else Path(__file__).parent.parent)
-    changelog, provenance, project = (
+    changelog, register, project = (
         (top / name).read_text("utf-8")
-        for name in ("CHANGELOG.md", "docs/provenance.md", "pyproject.toml")
-    )
+        for name in (
+            "CHANGELOG.md", "marlune/tables/data_tables_sources.json", "pyproject.toml"
+        )
+    )  # fmt: skip
     version = tomllib.loads(project)["project"]["version"]
-    problems = list(problems_of(changelog, provenance, version))
+    problems = list(problems_of(changelog, register, version))
     for problem in problems:
         print(f"CHANGELOG.md: {problem}", file=sys.stderr)
     sys.exit(bool(problems))

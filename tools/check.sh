@@ -28,10 +28,8 @@ MYPYPATH=build/$preset/installed python_of "$preset" -m mypy.stubtest --concise 
   --mypy-config-file pyproject.toml --allowlist "$aliases" marlune.tables.data_tables \
   >build/stubtest.log || { cat build/stubtest.log >&2; fail 'the stub and the module disagree'; }
 
-say 'checking stub, catalogue and provenance against the tables'
-python_of "$preset" tools/stub.py
-python_of "$preset" tools/catalogue.py --check
-python_of "$preset" tools/provenance.py
+say 'checking stub, catalogue, provenance and register against the tables'
+python_of "$preset" tools/documents.py
 
 say 'checking that the changelog names every changed column'
 python3.14 tools/changelog.py

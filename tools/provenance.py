@@ -1,102 +1,370 @@
-"""Compare docs/provenance.md with the module; silent where they agree.
+"""Where every table comes from: the files of the folder provenance/, joined with the module.
 
---write   put the module's digests into it first
+One file for each family says what no program can know: purpose, publication, documents, doubts.
+What the module knows (ages, unit, closing, digest) is taken from it. Tables and columns are named
+by patterns, "TABLE" or "TABLE COLUMN" with * ? and [...]; a column is its key, after a dot the
+select duration or the calendar years. docs/provenance.md says what the words mean.
 """
 
 import hashlib
-import sys
+import json
+import tomllib
 from decimal import Decimal
+from fnmatch import fnmatchcase
+from functools import cache
 from pathlib import Path
+from textwrap import fill
 
 from marlune.tables.data_tables import REPO_TABLES
 
-PROVENANCE = Path(__file__).resolve().parent.parent / "docs" / "provenance.md"
-# The cells of a provenance row. The module knows all of them but order and basis.
-HEAD = ("table", "column", "unit", "order", "basis", "ages", "closing", "decimals", "digest")
+TOP = Path(__file__).resolve().parent.parent
+FOLDER = TOP / "provenance"
+VERIFIED = FOLDER / "verified.json"
+REGISTER = TOP / "marlune" / "tables" / "data_tables_sources.json"
+DOCUMENT = TOP / "docs" / "provenance.md"
+MARK = "<!-- What follows is written by `./dev python tools/documents.py --write`. -->\n"
+GRADES = ("value", "completion", "paper trail")
+# The cells of a row of docs/provenance.md.
+HEAD = (
+    "table", "column", "place", "unit", "order", "basis", "ages", "not published", "closing",
+    "decimals", "verified", "digest",
+)  # fmt: skip
+# What a file may say; the rest would go unread.
+WORDS = {
+    "file": "title country issuer publication purpose reading grids default columns agreed facts"
+    " doubts",
+    "reading": "tables projection select",
+    "columns": "columns order basis place documents computed invented",
+    "doubts": "grade columns ages text reconstructed",
+}
 
 
-def published_columns():
-    """Table, column, and the lists that hold the published values of the column."""
-    seen = set()
-    for table, payload in REPO_TABLES.items():
-        if table.startswith("Dummy"):
+class ProvenanceError(Exception):
+    """A file of provenance/ does not fit the module, or not the others."""
+
+
+def expect(holds, *what):
+    if not holds:
+        raise ProvenanceError(": ".join(map(str, what)))
+
+
+# ---- the files ----
+
+
+def read_family(path):
+    """A family as its file says it."""
+    said = tomllib.loads(path.read_text("utf-8"))
+    lists = {kind: said.get(kind, []) for kind in ("reading", "columns", "doubts")}
+    for kind, item in [("file", said), *((kind, each) for kind in lists for each in lists[kind])]:
+        strange = set(item) - set(WORDS[kind].split())
+        expect(not strange, path.name, kind, f"unknown words {sorted(strange)}")
+    for doubt in lists["doubts"]:
+        expect(doubt["grade"] in GRADES, path.name, f"no such grade: {doubt['grade']}")
+    others = {"country": None, "grids": {}, "default": {}, "agreed": {}, "facts": {}}
+    return {"id": path.stem} | others | said | lists
+
+
+def families():
+    """The families in the order of their tables, which every one of them has."""
+    paths = sorted(set(FOLDER.glob("*.toml")) - {FOLDER / "documents.toml"})
+    read = [read_family(path) for path in paths]
+    owner = {}
+    for name in REPO_TABLES:
+        of = [each for each in read if purpose_in(each, name)]
+        expect(len(of) == 1, name, f"{len(of)} families say its purpose, not one")
+        owner[name] = of[0]
+    for each in read:
+        each["tables"] = [name for name in REPO_TABLES if owner[name] is each]
+        for pattern in each["purpose"]:
+            matched = any(fnmatchcase(name, pattern) for name in each["tables"])
+            expect(matched, each["id"], f"no table {pattern}")
+    order = list(REPO_TABLES)
+    return sorted(read, key=lambda each: order.index(each["tables"][0]))
+
+
+def purpose_in(family, name):
+    purposes = family["purpose"]
+    return next((purposes[each] for each in purposes if fnmatchcase(name, each)), None)
+
+
+def intervals(ages):
+    """[[first, last], …] from "20, 63-70"."""
+    bounds = [part.split("-") for part in ages.replace(" ", "").split(",")]
+    return [[int(each[0]), int(each[-1])] for each in bounds]
+
+
+# ---- the module ----
+
+
+def columns_of(family, name):
+    """Every column of a table that has a row: its name, its key, the labels in it, its lists."""
+    for key, column in REPO_TABLES[name]["data"].items():
+        if isinstance(column, list):
+            yield key, key, None, [column]
             continue
-        # Of DAV 2004 R the numbered durations and the years in between are computed at import.
-        dav = table.startswith("DAV2004R_")
-        for key, column in payload["data"].items():
-            if id(column) in seen:
-                continue  # a DAV trend: it serves both tables of an order
-            seen.add(id(column))
-            if isinstance(column, list):
-                yield table, key, [column]
-                continue
-            first, *_, last = column
-            if last != "ult" and not dav:
-                yield table, f"{key}.{first}-{last}", list(column.values())
-                continue
-            published = ([last] if last == "ult" else [first, last]) if dav else column
-            for label in published:
-                yield table, f"{key}.{label}", [column[label]]
+        labels = list(column)
+        spans = [str(label) for label in labels]
+        if labels[-1] != "ult":
+            spans = [f"{labels[0]}-{labels[-1]}"]
+            for pattern, given in family["grids"].items():
+                spans = given if fnmatchcase(f"{name} {key}", pattern) else spans
+        for span in spans:
+            first, _, last = span.partition("-")
+            held = [each for each in labels if str(each) == first or first < str(each) <= last]
+            yield f"{key}.{span}", key, held, [column[label] for label in held]
 
 
-def facts_of(table, column, lists):
-    """The cells of a row, as far as the module knows them."""
-    payload = REPO_TABLES[table]
+def facts_of(name, key, lists):
+    """What the module knows of a column."""
+    payload = REPO_TABLES[name]
     values = [repr(value) for rates in lists for value in rates]
     decimals = [-Decimal(value).normalize().as_tuple().exponent for value in values]
     printed = "".join(f"{value}\n" for value in values)
     # Improvement rates are decimal in every table.
-    scale = 1 if column.lower().startswith("mi_") else payload["decrement_scale_factor"]
+    scale = 1 if key.lower().startswith("mi_") else payload["decrement_scale_factor"]
     return {
         "unit": "per mille" if scale == 1000 else "decimal",
-        "ages": f"{payload['start_age']}-{payload['omega']}",
+        "ages": [payload["start_age"], payload["omega"]],
         "closing": ", ".join(sorted({repr(rates[-1]) for rates in lists})),
-        "decimals": str(max(0, *decimals)),
+        "decimals": max(0, *decimals),
         "digest": hashlib.sha256(printed.encode()).hexdigest()[:16],
     }
 
 
-def rows_of(lines):
-    """Line number and cells of every row that starts with a name in backticks."""
-    for number, line in enumerate(lines):
-        if line.startswith("| `"):
-            yield number, [cell.strip(" `") for cell in line.split("|")[1:-1]]
+# ---- the register ----
 
 
-def disagreements(write=False):
-    """What the provenance and the module do not agree about, a line for each."""
-    facts = {column[:2]: facts_of(*column) for column in published_columns()}
-    lines = PROVENANCE.read_text(encoding="utf-8").splitlines()
-    listed, wrong = set(), []
-    for number, cells in rows_of(lines):
-        row = dict(zip(HEAD, cells, strict=True))
-        column = (row["table"], row["column"])
-        if column not in facts:
-            wrong.append(f"{' '.join(column)}: not a published column of the module")
-            continue
-        if column in listed:
-            wrong.append(f"{' '.join(column)}: listed twice in the document")
-        listed.add(column)
-        if write:
-            before, _, after = lines[number].rpartition(row["digest"])
-            row["digest"] = facts[column]["digest"]
-            lines[number] = before + row["digest"] + after
-        wrong += [
-            f"{' '.join(column)}: {what} is {row[what]} in the document, {fact} in the module"
-            for what, fact in facts[column].items()
-            if row[what] != fact
+def only(found, *what):
+    expect(len(found) == 1, *what, f"matched by {len(found)} entries, not by one")
+    return found[0]
+
+
+def doubt_of(doubt, columns):
+    """A doubt as the register has it: the columns that it is about, and their ages."""
+    ages = doubt.get("ages", "")
+    by_column = ages if isinstance(ages, dict) else {
+        " ".join(each): ages for each in columns if fnmatchcase(" ".join(each), doubt["columns"])
+    }  # fmt: skip
+    unknown = set(by_column) - {" ".join(each) for each in columns}
+    expect(by_column and not unknown, "a doubt is about no column", unknown or doubt)
+    return {
+        "grade": doubt["grade"],
+        "text": doubt["text"],
+        "reconstructed": doubt.get("reconstructed", False),
+        "columns": {column: intervals(of) if of else None for column, of in by_column.items()},
+    }
+
+
+def described(family, name, seen, verified):
+    """The columns of a table, as the register has them."""
+    for column, key, labels, lists in columns_of(family, name):
+        where = f"{name} {column}"
+        entries = [each for each in family["columns"] if fnmatchcase(where, each["columns"])]
+        entry = only(entries, where)
+        entry["used"] = True
+        entry = family["default"] | entry
+        first = seen.setdefault(tuple(map(id, lists)), [name, column])
+        computed, invented = entry.get("computed"), entry.get("invented", False)
+        yield column, {
+            "key": key,
+            "labels": labels,
+            "published": not computed and not invented,
+            "computed": computed,
+            "same_as": None if first == [name, column] else first,
+            **{word: entry[word] for word in ("place", "order", "basis", "documents")},
+            **facts_of(name, key, lists),
+            "reconstructed": [],
+            "completed": [],
+            "verified": verified.get(where, []),
+        }
+
+
+def table_of(family, name, columns, doubts):
+    payload = REPO_TABLES[name]
+    reading = [each for each in family["reading"] if fnmatchcase(name, each["tables"])]
+    said = {}
+    for word, needed in (("projection", payload["generational"]), ("select", "select" in payload)):
+        found = [each[word] for each in reading if word in each]
+        said[word] = only(found, name, word) if needed else None
+    mine = []
+    for doubt in doubts:
+        ages = {each.removeprefix(f"{name} "): of for each, of in doubt["columns"].items()
+                if each.startswith(f"{name} ")}  # fmt: skip
+        if ages:
+            mine.append(doubt | {"columns": ages})
+    for doubt in mine:
+        for column, ages in doubt["columns"].items():
+            if doubt["reconstructed"]:
+                columns[column]["reconstructed"] += ages
+            elif doubt["grade"] == "completion":
+                columns[column]["completed"] += ages or []
+    return {
+        "family": family["id"],
+        "purpose": purpose_in(family, name),
+        "published_name": payload["table_name"],
+        "invented": all(each["basis"] == "invented" for each in columns.values()),
+        "type": payload["table_type"],
+        "base_year": payload.get("base_year"),
+        "formula": payload.get("generational_formula_type"),
+        **said,
+        "doubts": mine,
+        "columns": columns,
+    }
+
+
+@cache
+def register():
+    """Everything, as marlune/tables/data_tables_sources.json has it. Do not change it."""
+    verified = json.loads(VERIFIED.read_text("utf-8")) if VERIFIED.exists() else {}
+    documents = tomllib.loads((FOLDER / "documents.toml").read_text("utf-8"))
+    read, tables, seen, used = families(), {}, {}, set()
+    for family in read:
+        columns = {name: dict(described(family, name, seen, verified)) for name in family["tables"]}
+        idle = [each["columns"] for each in family["columns"] if "used" not in each]
+        expect(not idle, family["id"], f"no column is like {idle}")
+        places = [(name, column) for name in family["tables"] for column in columns[name]]
+        doubts = [doubt_of(doubt, places) for doubt in family["doubts"]]
+        for name in family["tables"]:
+            tables[name] = table_of(family, name, columns[name], doubts)
+        named = [each["documents"] for of in columns.values() for each in of.values()]
+        family["documents"] = list(dict.fromkeys(sum(named, [])))
+        stray = set(family["agreed"]) - set(family["documents"])
+        expect(not stray, family["id"], f"no column names {stray}, said to agree")
+        used.update(family["documents"])
+    strange = used ^ set(documents)
+    expect(not strange, "documents.toml", f"not here or not used: {strange}")
+    held = {f"{name} {column}" for name in tables for column in tables[name]["columns"]}
+    expect(set(verified) <= held, VERIFIED.name, f"no such columns: {set(verified) - held}")
+    kept = ("title", "country", "issuer", "publication", "tables", "documents", "agreed", "facts")
+    project = tomllib.loads((TOP / "pyproject.toml").read_text("utf-8"))["project"]
+    return {
+        "module": "marlune.tables.data_tables",
+        "version": project["version"],
+        "documents": documents,
+        "families": {each["id"]: {word: each[word] for word in kept} for each in read},
+        "tables": {name: tables[name] for name in REPO_TABLES},
+    }
+
+
+def published_rows():
+    """Table, column and entry of every published column, each list of rates once."""
+    for name, table in register()["tables"].items():
+        for column, entry in table["columns"].items():
+            if entry["published"] and not entry["same_as"]:
+                yield name, column, entry
+
+
+def warnings_of(name):
+    """What has to be said wherever the table is named, or None."""
+    parts = dict.fromkeys(
+        f"ages {told(each['reconstructed'])} are reconstructed, not published"
+        for each in register()["tables"][name]["columns"].values() if each["reconstructed"]
+    )  # fmt: skip
+    return "; ".join(parts) or None
+
+
+def told(ages):
+    """ "91-120" from [[91, 120]]."""
+    return ", ".join(str(a) if a == b else f"{a}-{b}" for a, b in ages)
+
+
+# ---- what is written ----
+
+
+def markdown(head, rows, code=1):
+    """A table; the first cells of each row are code."""
+    rows = [head, *([*(f"`{cell}`" for cell in row[:code]), *row[code:]] for row in rows)]
+    widths = [max(map(len, column)) for column in zip(*rows)]
+    lines = [
+        "| " + " | ".join(cell.ljust(width) for cell, width in zip(row, widths)) + " |"
+        for row in rows
+    ]
+    lines.insert(1, "|" + "|".join("-" * (width + 2) for width in widths) + "|")
+    return "\n".join(lines)
+
+
+def register_text():
+    """JSON; a column, a document and a doubt to a line, so that a change is one line as well."""
+
+    def text(value, depth):
+        inner = list(value.items()) if isinstance(value, dict) else value
+        if not depth or not isinstance(value, dict | list) or not inner:
+            return json.dumps(value, ensure_ascii=False)
+        if isinstance(value, list):
+            if not isinstance(value[0], dict):
+                return json.dumps(value, ensure_ascii=False)
+            return "[\n" + ",\n".join(text(each, 0) for each in value) + "\n]"
+        lines = (f"{json.dumps(key)}: {text(each, depth - 1)}" for key, each in inner)
+        return "{\n" + ",\n".join(lines) + "\n}"
+
+    return text(register(), 4) + "\n"
+
+
+def items_of(family):
+    """What is said about a family, name and text."""
+    yield "Issuer", family["issuer"] + (f", {family['country']}." if family["country"] else ".")
+    yield "Publication", family["publication"] + "."
+    for name in family["documents"]:
+        it = register()["documents"][name]
+        agreed = family["agreed"].get(name)
+        yield "Document", (
+            f"`{name}`, {it['what']}. Copy: {it.get('copy', 'not recorded')}; read {it['read']}; "
+            f"sha256 `{it['sha256']}`." + (f" Equal: {agreed}." if agreed else "")
+        )
+    yield from family["facts"].items()
+
+
+def doubts_of(family):
+    """The doubts about a family, each once: grade, text, and what it is about."""
+    found = {}
+    for name in family["tables"]:
+        table = register()["tables"][name]
+        for doubt in table["doubts"]:
+            by_ages = found.setdefault((doubt["grade"], doubt["text"]), {})
+            columns = doubt["columns"]
+            if not any(columns.values()) and columns.keys() == table["columns"].keys():
+                by_ages.setdefault("", []).append(f"`{name}`")
+                continue
+            for column, ages in columns.items():
+                by_ages.setdefault(told(ages or []), []).append(f"`{name} {column}`")
+    for (grade, text), by_ages in found.items():
+        parts = [", ".join(of) + (f" at {ages}" if ages else "") for ages, of in by_ages.items()]
+        yield grade, text, "; ".join(parts)
+
+
+def cells_of(name, column, entry):
+    ages = f"{entry['ages'][0]}-{entry['ages'][1]}"
+    kinds = ("reconstructed", "completed")
+    marks = [f"{told(entry[kind])} {kind}" for kind in kinds if entry[kind]]
+    verified = [
+        f"{each['document']} {each['equal']} of {each['cells']}"
+        + (f", {sum(each['declared'].values())} declared" if each["declared"] else "")
+        for each in entry["verified"]
+    ]
+    return (
+        name, column, entry["place"], entry["unit"], entry["order"], entry["basis"], ages,
+        f"**{'; '.join(marks)}**" if marks else "-", entry["closing"], str(entry["decimals"]),
+        "; ".join(verified) or "-", f"`{entry['digest']}`",
+    )  # fmt: skip
+
+
+def wrapped(text):
+    return fill(text, 100, subsequent_indent="  ", break_on_hyphens=False, break_long_words=False)
+
+
+def document_text():
+    """docs/provenance.md: what stands above the mark is kept."""
+    above, mark, _ = DOCUMENT.read_text("utf-8").partition(MARK)
+    expect(mark, DOCUMENT.name, "the comment is gone below which it is written")
+    written = [above + MARK.rstrip()]
+    for family in register()["families"].values():
+        parts = [wrapped(f"- **{name}**: {text}") for name, text in items_of(family)]
+        parts += [
+            wrapped(f"- **Doubt ({grade})**: {text} About {about}.")
+            for grade, text, about in doubts_of(family)
         ]
-    if write:
-        PROVENANCE.write_text("\n".join(lines) + "\n", encoding="utf-8")
-    missing = [column for column in facts if column not in listed]
-    return wrong + [f"{' '.join(column)}: not in the document" for column in missing]
-
-
-if __name__ == "__main__":
-    options = set(sys.argv[1:])
-    if options - {"--write"}:
-        sys.exit(__doc__)
-    problems = disagreements("--write" in options)
-    for problem in problems:
-        print(problem, file=sys.stderr)
-    sys.exit(bool(problems))
+        rows = [cells_of(*row) for row in published_rows() if row[0] in family["tables"]]
+        written += [f"## {family['title']}", "\n".join(parts)]
+        if rows:
+            written.append(markdown(HEAD, rows, 2))
+    return "\n\n".join(written) + "\n"

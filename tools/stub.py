@@ -1,19 +1,14 @@
-"""Compare the tables in marlune/tables/data_tables.pyi with the module; silent where they agree.
+"""The tables of marlune/tables/data_tables.pyi, below the line that says so."""
 
---write   write them, below the line that says so
-"""
-
-import sys
-from difflib import unified_diff
-from pathlib import Path
 from textwrap import fill
 
 from catalogue import line, purpose_of, shape_of
+from provenance import TOP
 
 from marlune.tables.data_tables import REPO_TABLES
 
-STUB = Path(__file__).resolve().parent.parent / "marlune" / "tables" / "data_tables.pyi"
-MARK = "# Everything below is written by `./dev python tools/stub.py --write`.\n"
+STUB = TOP / "marlune" / "tables" / "data_tables.pyi"
+MARK = "# Everything below is written by `./dev python tools/documents.py --write`.\n"
 SEXES = {"qx": "_QX", "ix": "_IX", "ox": "_OX", "mi": "_Mi", "MI": "_MI"}
 SHAPES = {"flat": "Rates", "durations": "SelectMapping", "years": "YearGrid"}
 
@@ -66,17 +61,6 @@ def text():
     yield "    @overload\n    def __getitem__(self, name: TableName, /) -> TablePayload: ..."
 
 
-def main(options):
-    if set(options) - {"--write"}:
-        sys.exit(__doc__)
+def stub_text():
     stub = STUB.read_text(encoding="utf-8")
-    written = stub[: stub.index(MARK) + len(MARK)] + "\n" + "\n".join(text()) + "\n"
-    if "--write" in options:
-        STUB.write_text(written, encoding="utf-8")
-    elif stub != written:
-        lines = (each.splitlines() for each in (stub, written))
-        sys.exit("\n".join(unified_diff(*lines, STUB.name, "the module", n=0, lineterm="")))
-
-
-if __name__ == "__main__":
-    main(sys.argv[1:])
+    return stub[: stub.index(MARK) + len(MARK)] + "\n" + "\n".join(text()) + "\n"

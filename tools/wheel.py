@@ -85,7 +85,8 @@ def prove_contents(wheel: Path) -> list[str]:
     with ZipFile(wheel) as archive:
         files = [name for name in archive.namelist() if ".dist-info/" not in name]
         assert sorted(files) == [
-            f"marlune/tables/{name}" for name in (built.name, "data_tables.pyi", "py.typed")
+            f"marlune/tables/{name}"
+            for name in (built.name, "data_tables.pyi", "data_tables_sources.json", "py.typed")
         ], files
         for name in files:
             same = archive.read(name) == built.with_name(Path(name).name).read_bytes()

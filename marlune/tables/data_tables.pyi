@@ -11,8 +11,9 @@ Each attribute has the exact type of its table; `REPO_TABLES` maps its literal n
 types. Code for any table takes a `TablePayload`, which every exact type is. The types exist for
 checkers only: import them under `if TYPE_CHECKING:`.
 
-Importing raises ImportError in a second interpreter of the process. The source of every column is
-in docs/provenance.md of the project.
+Importing raises ImportError in a second interpreter of the process. The source of every column,
+what is doubtful about it and how it is to be read stand in data_tables_sources.json beside this
+file: json.loads(importlib.resources.files("marlune.tables").joinpath(…).read_text("utf-8")).
 """
 
 from collections.abc import Mapping
@@ -163,7 +164,7 @@ _OX_F_BASE: Rates
 _IX_M_BASE: Rates
 _IX_F_BASE: Rates
 
-# Everything below is written by `./dev python tools/stub.py --write`.
+# Everything below is written by `./dev python tools/documents.py --write`.
 
 PER2020_Col_2o: GenerationalTable[Columns[_QX, Rates, _Mi, Rates]]
 """survival insurance, group: reserves; life, ages 0-118, per mille, exponential improvement from
@@ -222,28 +223,28 @@ GKMF80: StaticTable[Columns[_QX, Rates]]
 GKMF95: StaticTable[Columns[_QX, Rates]]
 """group life, experience of 1986 to 1990; life, ages 15-126, decimal."""
 IASS90: StaticTable[Columns[Literal["ix_m"], Rates]]
-"""deaths of invalids, Social Security 1990; **ages 21 to 62 are reconstructed, not published**;
+"""deaths of invalids, Social Security 1990; **ages 21-62 are reconstructed, not published**;
 disability, ages 18-65, per mille."""
 SS90TOT: StaticTable[Columns[Literal["ix_m"], Rates]]
-"""deaths in the Social Security population, 1990; **ages 21 to 62 are reconstructed, not
-published**; disability, ages 18-65, per mille."""
+"""deaths in the Social Security population, 1990; **ages 21-62 are reconstructed, not published**;
+disability, ages 18-65, per mille."""
 SS90ABS: StaticTable[Columns[Literal["ix_m"], Rates]]
-"""deaths from accidents and occupational disease, Social Security 1990; **ages 21 to 62 are
+"""deaths from accidents and occupational disease, Social Security 1990; **ages 21-62 are
 reconstructed, not published**; disability, ages 18-65, per mille."""
 CB_H_2020: GenerationalTable[Columns[Literal["qx_m"], Rates, Literal["mi_m"], YearGrid]]
-"""collective life, males: premiums and reserves; life, ages 0-110, decimal, projected improvement
-from 2020."""
+"""annuities: male old-age pensioners and non-disabled survivors; life, ages 0-110, decimal,
+projected improvement from 2020."""
 MI_H_2020: GenerationalTable[Columns[Literal["qx_m"], Rates, Literal["mi_m"], YearGrid]]
-"""death or disability, males: individual life and disability; life, ages 0-110, decimal, projected
-improvement from 2020."""
+"""annuities: male disability pensioners and disabled survivors; life, ages 0-110, decimal,
+projected improvement from 2020."""
 RV_M_2020: GenerationalTable[Columns[Literal["qx_f"], Rates, Literal["mi_f"], YearGrid]]
-"""life annuities, females: immediate and deferred; life, ages 20-110, decimal, projected
-improvement from 2020."""
+"""annuities: female old-age pensioners; life, ages 20-110, decimal, projected improvement from
+2020."""
 B_M_2020: GenerationalTable[Columns[Literal["qx_f"], Rates, Literal["mi_f"], YearGrid]]
-"""collective life, females: premiums and reserves; life, ages 0-110, decimal, projected improvement
-from 2020."""
+"""annuities: female non-disabled survivors; life, ages 0-110, decimal, projected improvement from
+2020."""
 MI_M_2020: GenerationalTable[Columns[Literal["qx_f"], Rates, Literal["mi_f"], YearGrid]]
-"""death or disability, females: individual life and disability; life, ages 0-110, decimal,
+"""annuities: female disability pensioners and disabled survivors; life, ages 0-110, decimal,
 projected improvement from 2020."""
 AM92_AF92: SelectTable[Columns[_QX, SelectMapping]]
 """permanent assurances, experience of 1991 to 1994; life, ages 17-120, decimal."""

@@ -1,6 +1,7 @@
 # ./dev adds: package
 """The package as people install it, the interpreters that it refuses, and its changelog."""
 
+import json
 import re
 import subprocess
 import sys
@@ -73,9 +74,13 @@ def test_compiler_refuses_other_headers(changed, message):
 def test_changed_column_needs_a_row_in_the_changelog(tmp_path):
     def check(version, changelog, *digests):
         """What the check says of a tree with this changelog and these columns."""
-        rows = [f"| `T{number}` | `qx_m` | 1.0 | `{it}` |" for number, it in enumerate(digests)]
-        (tmp_path / "docs").mkdir(exist_ok=True)
-        (tmp_path / "docs" / "provenance.md").write_text("\n".join(rows), encoding="utf-8")
+        tables = {
+            f"T{number}": {"columns": {"qx_m": {"published": 1, "same_as": None, "digest": each}}}
+            for number, each in enumerate(digests)
+        }
+        (tmp_path / "marlune" / "tables").mkdir(parents=True, exist_ok=True)
+        register = tmp_path / "marlune" / "tables" / "data_tables_sources.json"
+        register.write_text(json.dumps({"tables": tables}), encoding="utf-8")
         (tmp_path / "pyproject.toml").write_text(f"[project]\nversion = '{version}'\n")
         (tmp_path / "CHANGELOG.md").write_text(changelog, encoding="utf-8")
         command = [sys.executable, TOP / "tools" / "changelog.py", tmp_path]
@@ -87,7 +92,7 @@ def test_changed_column_needs_a_row_in_the_changelog(tmp_path):
         return "\n".join([f"\n## {version}", f"Digest of all columns: `{digest}`", *rows, ""])
 
     def digest_in(said):
-        return re.search(r"docs/provenance.md gives (\w{16})\n", said)[1]
+        return re.search(r"the register gives (\w{16})\n", said)[1]
 
     first = section("1.0", digest_in(check("1.0", section("1.0", ""), "aa", "bb")))
     assert check("1.0", first, "aa", "bb") == ""

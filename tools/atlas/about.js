@@ -13,7 +13,7 @@ function chipsOf({ meta, ...table }) {
     meta.get("sex_independent") && el("li", "unisex"),
     el("li", (meta.get("generational_formula_type") ?? "static").replace("_", " ")),
   ].filter(Boolean);
-  const doubts = (table.group?.facts ?? []).filter(([, kind]) => kind === "doubt").length;
+  const doubts = table.doubts.filter(([, kind]) => kind === "doubt").length;
   if (doubts) {
     const text = `${doubts} open ${doubts > 1 ? "doubts" : "doubt"} ↓`;
     const button = el("button", { type: "button" }, text);
@@ -31,7 +31,7 @@ function bannerOf(table) {
   const lead = `⚠ ${table.name}: ${agesOf(table.reconstructed)} are reconstructed, not published.`;
   // The long text once, also where two such tables are compared.
   const first = table === sidesOf().find((one) => one.reconstructed);
-  const texts = first ? atlas.warning.map((text) => markup("p", text)) : [];
+  const texts = first ? table.doubts.slice(0, 1).map(([, , text]) => markup("p", text)) : [];
   return el("div.banner.warn", { role: "note" }, el("p.lead", lead), texts);
 }
 
@@ -56,8 +56,8 @@ function provenanceOf(table) {
   const { group } = table;
   const title = el("h4", `${table.name}: ${group ? group.title : "not published"}`);
   if (!group) return [title, markup("p", atlas.invented)];
-  const facts = group.facts.map(([name, kind, text]) => {
-    const words = name === "Open" ? "Open doubt" : name;
+  const facts = [...group.facts, ...table.doubts].map(([name, kind, text]) => {
+    const words = kind === "fact" ? name : `Doubt (${name})`;
     return el(`div.${kind}`, el("dt", kind === "doubt" ? `⚠ ${words}` : words), markup("dd", text));
   });
   const heads = atlas.head.map((text) => el("th", { scope: "col" }, text));
@@ -72,7 +72,6 @@ function provenanceOf(table) {
   const computed = table.series.filter((one) => one.computed).map((one) => one.name);
   return [
     title,
-    ...group.warning.map((text) => markup("p.warned", text)),
     el("dl.facts", facts),
     el("div.scroll", name, el("table", caption, el("thead", el("tr", heads)), el("tbody", rows))),
     computed.length

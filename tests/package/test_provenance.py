@@ -1,0 +1,39 @@
+"""The files of provenance/: what does not fit the module, or each other, is refused."""
+
+import shutil
+from pathlib import Path
+
+import pytest
+
+TOP = Path(__file__).resolve().parents[2]
+CHANGES = {
+    "no purpose": ("pasem2010", "PASEM2010 =", "PASEM2011 =", "PASEM2010: 0 families"),
+    "two purposes": ("am92", "AM92_AF92 =", "GAM71 = 'x'\nAM92_AF92 =", "GAM71: 2 families"),
+    "purpose of no table": ("gam", "[purpose]", "[purpose]\nGAM72 = 'x'", "no table GAM72"),
+    "column without a place": ("gam", '"GAM71 qx_m"', '"GAM71 qx_f"', "GAM71 qx_m: matched by 0"),
+    "place of no column": ("swiss", "[agreed]", "[[columns]]\ncolumns = 'X'\n[agreed]", "no column"),
+    "no reading": ("per2020", "PER2020_*", "PER2020_Ind*", "projection: matched by 0"),
+    "unknown grade": ("am92", '"completion"', '"doubtful"', "no such grade: doubtful"),
+    "unknown word": ("am92", "grade =", "degree =", "unknown words ['degree']"),
+    "doubt about no column": ("am92", "qx_?.0", "qx_?.9", "about no column"),
+    "document that nobody knows": ("am92", '"t2360.xml"', '"t2361.csv"', "t2361.csv"),
+    "document that nobody uses": ("documents", '["t818.xml"]', '["a"]\n["t818.xml"]', "{'a'}"),
+    "years in no grid": ("dav2004r", '"2005-2023", ', "", "MI_?.2005-2023"),
+}
+
+
+@pytest.mark.parametrize("change", CHANGES)
+def test_file_that_does_not_fit_is_refused(change, tmp_path, monkeypatch):
+    monkeypatch.syspath_prepend(TOP / "tools")
+    import provenance
+
+    file, good, bad, message = CHANGES[change]
+    shutil.copytree(TOP / "provenance", tmp_path, dirs_exist_ok=True)
+    changed = tmp_path / f"{file}.toml"
+    text = changed.read_text("utf-8")
+    assert good in text
+    changed.write_text(text.replace(good, bad, 1), "utf-8")
+    monkeypatch.setattr(provenance, "FOLDER", tmp_path)
+    with pytest.raises(provenance.ProvenanceError) as refused:
+        provenance.register.__wrapped__()
+    assert message in str(refused.value)
