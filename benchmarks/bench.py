@@ -188,7 +188,7 @@ def main():
     parser.add_argument("--rounds", type=int, help="fresh processes of each contender (40)")
     parser.add_argument("--json", type=Path, metavar="FILE", help="write all results there as well")
     parser.add_argument("--quick", action="store_true",
-                        help="5 rounds unless said otherwise, neither growth nor what takes minutes to compile")
+                        help="5 rounds unless told, neither growth nor what is long to compile")
     options = parser.parse_args()
     rounds = options.rounds or (5 if options.quick else 40)
 
