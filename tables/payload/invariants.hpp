@@ -133,20 +133,20 @@ constexpr void prove_durations(const Payload &table, const Column &column) {
   require(column.entries.back().label == Label::ult(), "select durations do not end in \"ult\"");
 }
 
-// A life or exit just selected has a lower rate than one selected long ago.
+// Those just selected have a lower rate than those selected long ago; where no select rate is known
+// up to omega, the ultimate one stands for it.
 constexpr void prove_select_rates(const Payload &table, const Column &column) {
-  const auto &declared = table.exceptions.ultimate_from;
-  require(declared.empty() || declared.size() + 1 == column.entries.size(),
-          "the table does not declare for every numbered duration from where it is ultimate");
+  const int omega = ages_of(table) - 1;
   const Rates &ultimate = column.entries.back().rates;
   for (std::size_t duration = 0; duration + 1 < column.entries.size(); ++duration) {
-    const int ultimate_from = declared.empty() ? table.omega : declared[duration];
-    for (int age = table.start_age; age < table.omega; ++age) {
-      const double select_rate =
-          rate_at(column.entries[duration].rates, age - table.start_age).value;
-      const double ultimate_rate = rate_at(ultimate, age - table.start_age).value;
-      require(age < ultimate_from ? select_rate < ultimate_rate : select_rate == ultimate_rate,
-              "a select rate is not below the ultimate rate of its age");
+    bool completed = false;
+    for (int index = 0; index < omega; ++index) {
+      const double select_rate = rate_at(column.entries[duration].rates, index).value;
+      const double ultimate_rate = rate_at(ultimate, index).value;
+      completed = completed || select_rate == ultimate_rate;
+      require(
+          completed ? select_rate == ultimate_rate : select_rate < ultimate_rate,
+          "a select rate is not below the ultimate rate of its age, nor that rate from there on");
     }
   }
 }

@@ -187,8 +187,6 @@ struct Exceptions {
   std::optional<Number> last_decrement{};
   // The age from which the male column is filled up with the certain decrement.
   std::optional<int> male_certain_from{};
-  // For every numbered select duration, the age from which it holds the ultimate rate.
-  Bounded<int, 5> ultimate_from{};
   // "base_year" is there and None, and "mi_scale_factor" is not there at all.
   bool base_year_none_and_no_mi_scale_factor = false;
 };

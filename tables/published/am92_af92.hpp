@@ -8,19 +8,32 @@
 // Unit         decimal, six decimals.
 // Ages         17 to 120. Select period 2, durations numbered from 0, as published.
 // Closing      1.0 at 120.
-// Completed    The select rates stop short: from age 91 duration 0, and from age 92 duration 1,
-//              hold the ultimate rate of the age. The jump of duration 0 at age 91 is part of the
-//              data.
+// By rule      The select rates are published to age 90 (duration 0) and 91 (duration 1); above,
+//              they are completed by the ultimate rate of the age. The jump of duration 0 at age 91
+//              is part of the data.
 // Checked      all 506 published values equal the CMI's own workbook.
 
 #include "payload/invariants.hpp"
 #include "payload/key_orders.hpp"
 #include "payload/record.hpp"
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
+
 namespace marlune::tables::published {
 
+// Select rates, by the ultimate rates from where they stop.
+template <std::size_t SelectAges, std::size_t Ages>
+constexpr std::array<Number, Ages> completed(const Number (&select)[SelectAges],
+                                             const Number (&ultimate)[Ages]) {
+  std::array<Number, Ages> rates = std::to_array(ultimate);
+  std::ranges::copy(select, rates.begin());
+  return rates;
+}
+
 // clang-format off
-// AM92, males, duration 0. Ultimate rates from age 91.
+// AM92, males, duration 0.
 inline constexpr Number AM92_AF92_qx_m_0[] = {
     //     0         1         2         3         4         5         6         7         8         9
                                                                           0.000427, 0.000426, 0.000425, // 10
@@ -31,12 +44,9 @@ inline constexpr Number AM92_AF92_qx_m_0[] = {
     0.005774, 0.006433, 0.007164, 0.007974, 0.008871, 0.009864,  0.01096, 0.012169, 0.013502, 0.014969, // 60
     0.016582, 0.018353, 0.020296, 0.022423,  0.02475, 0.027293, 0.030067,  0.03309, 0.036379, 0.039954, // 70
     0.043833, 0.048037, 0.052586, 0.057501, 0.062804, 0.068516, 0.074661, 0.081258, 0.088331, 0.095902, // 80
-     0.10399, 0.184714, 0.200079, 0.216354, 0.233548, 0.251662, 0.270688, 0.290613, 0.311414, 0.333058, // 90
-    0.355505, 0.378702, 0.402588,  0.42709, 0.452127, 0.477608, 0.503432, 0.529493, 0.555674, 0.581857, // 100
-    0.607918, 0.633731, 0.659171, 0.684114, 0.708442, 0.732042, 0.754809, 0.776648, 0.797477, 0.817225, // 110
-         1.0,                                                                                           // 120
+     0.10399,                                                                                           // 90
 };
-// AM92, males, duration 1. Ultimate rates from age 92.
+// AM92, males, duration 1.
 inline constexpr Number AM92_AF92_qx_m_1[] = {
     //     0         1         2         3         4         5         6         7         8         9
                                                                           0.000552, 0.000548, 0.000544, // 10
@@ -47,10 +57,7 @@ inline constexpr Number AM92_AF92_qx_m_1[] = {
      0.00776,  0.00868, 0.009696, 0.010815, 0.012046, 0.013396, 0.014873, 0.016484, 0.018239, 0.020145, // 60
      0.02221, 0.024441, 0.026847, 0.029434, 0.032208, 0.035176, 0.038344, 0.041715, 0.045292,  0.04908, // 70
     0.053078, 0.057288, 0.061709, 0.066337, 0.071169, 0.076199, 0.081422, 0.086827, 0.092405, 0.098144, // 80
-    0.104031, 0.110052, 0.200079, 0.216354, 0.233548, 0.251662, 0.270688, 0.290613, 0.311414, 0.333058, // 90
-    0.355505, 0.378702, 0.402588,  0.42709, 0.452127, 0.477608, 0.503432, 0.529493, 0.555674, 0.581857, // 100
-    0.607918, 0.633731, 0.659171, 0.684114, 0.708442, 0.732042, 0.754809, 0.776648, 0.797477, 0.817225, // 110
-         1.0,                                                                                           // 120
+    0.104031, 0.110052,                                                                                 // 90
 };
 // AM92, males, ultimate: durations 2 and over.
 inline constexpr Number AM92_AF92_qx_m_ult[] = {
@@ -68,7 +75,7 @@ inline constexpr Number AM92_AF92_qx_m_ult[] = {
     0.607918, 0.633731, 0.659171, 0.684114, 0.708442, 0.732042, 0.754809, 0.776648, 0.797477, 0.817225, // 110
          1.0,                                                                                           // 120
 };
-// AF92, females, duration 0. Ultimate rates from age 91.
+// AF92, females, duration 0.
 inline constexpr Number AM92_AF92_qx_f_0[] = {
     //     0         1         2         3         4         5         6         7         8         9
                                                                           0.000113, 0.000117, 0.000121, // 10
@@ -79,12 +86,9 @@ inline constexpr Number AM92_AF92_qx_f_0[] = {
     0.002701, 0.002981, 0.003291, 0.003634, 0.004013, 0.004432, 0.004897,  0.00541, 0.005978, 0.006607, // 60
     0.007302, 0.008071, 0.008922, 0.009863, 0.010903, 0.012053, 0.013325,  0.01473, 0.016284,    0.018, // 70
     0.019897, 0.021993, 0.024307, 0.026862, 0.029683, 0.032795, 0.036229, 0.040016,  0.04419, 0.048789, // 80
-    0.053854, 0.112964, 0.124381, 0.136862, 0.150486, 0.165332, 0.181481, 0.199012, 0.218002,  0.23852, // 90
-     0.26063, 0.284383, 0.309814, 0.336943, 0.365762, 0.396238, 0.428303, 0.461851, 0.496734, 0.532756, // 100
-     0.56967, 0.607181, 0.644942, 0.682563, 0.719616, 0.755647, 0.790192,   0.8228,  0.85305, 0.880579, // 110
-         1.0,                                                                                           // 120
+    0.053854,                                                                                           // 90
 };
-// AF92, females, duration 1. Ultimate rates from age 92.
+// AF92, females, duration 1.
 inline constexpr Number AM92_AF92_qx_f_1[] = {
     //     0         1         2         3         4         5         6         7         8         9
                                                                           0.000132, 0.000138, 0.000143, // 10
@@ -95,10 +99,7 @@ inline constexpr Number AM92_AF92_qx_f_1[] = {
     0.003468, 0.003813, 0.004192, 0.004611, 0.005071, 0.005579, 0.006138, 0.006754, 0.007431, 0.008178, // 60
        0.009, 0.009905, 0.010901, 0.011998, 0.013205, 0.014534, 0.015995, 0.017604, 0.019373, 0.021319, // 70
     0.023459, 0.025812, 0.028398,  0.03124, 0.034362, 0.037791, 0.041555, 0.045686, 0.050217, 0.055186, // 80
-    0.060631, 0.066594, 0.124381, 0.136862, 0.150486, 0.165332, 0.181481, 0.199012, 0.218002,  0.23852, // 90
-     0.26063, 0.284383, 0.309814, 0.336943, 0.365762, 0.396238, 0.428303, 0.461851, 0.496734, 0.532756, // 100
-     0.56967, 0.607181, 0.644942, 0.682563, 0.719616, 0.755647, 0.790192,   0.8228,  0.85305, 0.880579, // 110
-         1.0,                                                                                           // 120
+    0.060631, 0.066594,                                                                                 // 90
 };
 // AF92, females, ultimate: durations 2 and over.
 inline constexpr Number AM92_AF92_qx_f_ult[] = {
@@ -118,6 +119,11 @@ inline constexpr Number AM92_AF92_qx_f_ult[] = {
 };
 // clang-format on
 
+inline constexpr auto AM92_AF92_qx_m_0_completed = completed(AM92_AF92_qx_m_0, AM92_AF92_qx_m_ult);
+inline constexpr auto AM92_AF92_qx_m_1_completed = completed(AM92_AF92_qx_m_1, AM92_AF92_qx_m_ult);
+inline constexpr auto AM92_AF92_qx_f_0_completed = completed(AM92_AF92_qx_f_0, AM92_AF92_qx_f_ult);
+inline constexpr auto AM92_AF92_qx_f_1_completed = completed(AM92_AF92_qx_f_1, AM92_AF92_qx_f_ult);
+
 inline constexpr Payload AM92_AF92{
     .attribute = "AM92_AF92",
     .order = key_order::select_after_generational,
@@ -133,13 +139,12 @@ inline constexpr Payload AM92_AF92{
         "Duration 0 and, for advanced ages where selection data is unavailable (ages 91+), "
         "missing values have been completed using the corresponding Ultimate Mortality rates to "
         "ensure a continuous and conservative data series.",
-    .data = {select_mapping("qx_m", {{0, literal(AM92_AF92_qx_m_0)},
-                                     {1, literal(AM92_AF92_qx_m_1)},
+    .data = {select_mapping("qx_m", {{0, literal(AM92_AF92_qx_m_0_completed)},
+                                     {1, literal(AM92_AF92_qx_m_1_completed)},
                                      {Label::ult(), literal(AM92_AF92_qx_m_ult)}}),
-             select_mapping("qx_f", {{0, literal(AM92_AF92_qx_f_0)},
-                                     {1, literal(AM92_AF92_qx_f_1)},
+             select_mapping("qx_f", {{0, literal(AM92_AF92_qx_f_0_completed)},
+                                     {1, literal(AM92_AF92_qx_f_1_completed)},
                                      {Label::ult(), literal(AM92_AF92_qx_f_ult)}})},
-    .exceptions = {.ultimate_from = {91, 92}},
 };
 static_assert(proved(AM92_AF92));
 
