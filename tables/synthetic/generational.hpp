@@ -48,10 +48,7 @@ inline constexpr Payload DummyLIFE_ProjectedGen = generational(
     "DummyLIFE_ProjectedGen", life, Formula::projected, 2020,
     "Dummy generational life table with projected improvement (period projection). Synthetic "
     "data, not suitable for production. For testing purposes only.",
-    constant_years("mi_m", life,
-                   {{2021, 0.015}, {2022, 0.015}, {2023, 0.014}, {2024, 0.013}, {2025, 0.012}}),
-    constant_years("mi_f", life,
-                   {{2021, 0.012}, {2022, 0.012}, {2023, 0.011}, {2024, 0.01}, {2025, 0.009}}));
+    projected_m(life), projected_f(life));
 static_assert(proved(DummyLIFE_ProjectedGen));
 
 inline constexpr Payload DummySD_LinearGen = generational(
@@ -96,10 +93,7 @@ inline constexpr Payload DummyEXIT_ProjectedGen = generational(
     "DummyEXIT_ProjectedGen", exit, Formula::projected, 2020,
     "Dummy generational exit table with projected improvement (period projection). Synthetic "
     "data, not suitable for production. For testing purposes only.",
-    constant_years("mi_m", exit,
-                   {{2021, 0.015}, {2022, 0.015}, {2023, 0.014}, {2024, 0.013}, {2025, 0.012}}),
-    constant_years("mi_f", exit,
-                   {{2021, 0.012}, {2022, 0.012}, {2023, 0.011}, {2024, 0.01}, {2025, 0.009}}));
+    projected_m(exit), projected_f(exit));
 static_assert(proved(DummyEXIT_ProjectedGen));
 
 inline constexpr Payload DummySD_Gen2o = generational(
@@ -107,8 +101,7 @@ inline constexpr Payload DummySD_Gen2o = generational(
     "Dummy generational disability table with year-indexed exponential improvement (Gen b, ages "
     "20-65). MI grid spans 2004-2024 with a linear decrease from 0.005 to 0.002. Synthetic data, "
     "not suitable for production. For testing purposes only.",
-    constant_years("mi_m", disability, {{2004, 0.005}, {2014, 0.0035}, {2024, 0.002}}),
-    constant_years("mi_f", disability, {{2004, 0.005}, {2014, 0.0035}, {2024, 0.002}}));
+    falling_years("mi_m", disability), falling_years("mi_f", disability));
 static_assert(proved(DummySD_Gen2o));
 
 inline constexpr Payload DummyEXIT_Gen2o = generational(
@@ -116,8 +109,7 @@ inline constexpr Payload DummyEXIT_Gen2o = generational(
     "Dummy generational exit table with year-indexed exponential improvement (Gen b, ages "
     "0-100). MI grid spans 2004-2024 with a linear decrease from 0.005 to 0.002. Synthetic data, "
     "not suitable for production. For testing purposes only.",
-    constant_years("mi_m", exit, {{2004, 0.005}, {2014, 0.0035}, {2024, 0.002}}),
-    constant_years("mi_f", exit, {{2004, 0.005}, {2014, 0.0035}, {2024, 0.002}}));
+    falling_years("mi_m", exit), falling_years("mi_f", exit));
 static_assert(proved(DummyEXIT_Gen2o));
 
 } // namespace marlune::tables::synthetic

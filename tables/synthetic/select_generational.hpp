@@ -43,8 +43,7 @@ inline constexpr Payload DummySD_SelectGen_b = select_generational(
     "Dummy select-ultimate generational disability table — Gen (b) year-indexed exponential "
     "improvement (select_period=2, ages 20-65). Year-indexed MI applied uniformly to all select "
     "durations. Synthetic data, not suitable for production. For testing purposes only.",
-    constant_years("mi_m", disability, {{2004, 0.005}, {2014, 0.0035}, {2024, 0.002}}),
-    constant_years("mi_f", disability, {{2004, 0.005}, {2014, 0.0035}, {2024, 0.002}}));
+    falling_years("mi_m", disability), falling_years("mi_f", disability));
 static_assert(proved(DummySD_SelectGen_b));
 
 inline constexpr Payload DummyEXIT_SelectGen_b = select_generational(
@@ -52,8 +51,7 @@ inline constexpr Payload DummyEXIT_SelectGen_b = select_generational(
     "Dummy select-ultimate generational exit table — Gen (b) year-indexed exponential "
     "improvement (select_period=2, ages 0-100). Year-indexed MI applied uniformly to all select "
     "durations. Synthetic data, not suitable for production. For testing purposes only.",
-    constant_years("mi_m", exit, {{2004, 0.005}, {2014, 0.0035}, {2024, 0.002}}),
-    constant_years("mi_f", exit, {{2004, 0.005}, {2014, 0.0035}, {2024, 0.002}}));
+    falling_years("mi_m", exit), falling_years("mi_f", exit));
 static_assert(proved(DummyEXIT_SelectGen_b));
 
 // The disability table has the rates of the two others here, unlike DummySD_ProjectedGen.
@@ -63,10 +61,7 @@ inline constexpr Payload DummyLIFE_SelectGen_c = select_generational(
     "projection (select_period=2, ages 0-100). MI applied uniformly to all select durations via "
     "projected_improvement formula. Synthetic data, not suitable for production. For testing "
     "purposes only.",
-    constant_years("mi_m", life,
-                   {{2021, 0.015}, {2022, 0.015}, {2023, 0.014}, {2024, 0.013}, {2025, 0.012}}),
-    constant_years("mi_f", life,
-                   {{2021, 0.012}, {2022, 0.012}, {2023, 0.011}, {2024, 0.01}, {2025, 0.009}}));
+    projected_m(life), projected_f(life));
 static_assert(proved(DummyLIFE_SelectGen_c));
 
 inline constexpr Payload DummySD_SelectGen_c = select_generational(
@@ -75,10 +70,7 @@ inline constexpr Payload DummySD_SelectGen_c = select_generational(
     "product projection (select_period=2, ages 20-65). MI applied uniformly to all select "
     "durations via projected_improvement formula. Synthetic data, not suitable for production. "
     "For testing purposes only.",
-    constant_years("mi_m", disability,
-                   {{2021, 0.015}, {2022, 0.015}, {2023, 0.014}, {2024, 0.013}, {2025, 0.012}}),
-    constant_years("mi_f", disability,
-                   {{2021, 0.012}, {2022, 0.012}, {2023, 0.011}, {2024, 0.01}, {2025, 0.009}}));
+    projected_m(disability), projected_f(disability));
 static_assert(proved(DummySD_SelectGen_c));
 
 inline constexpr Payload DummyEXIT_SelectGen_c = select_generational(
@@ -87,10 +79,7 @@ inline constexpr Payload DummyEXIT_SelectGen_c = select_generational(
     "projection (select_period=2, ages 0-100). MI applied uniformly to all select durations via "
     "projected_improvement formula. Synthetic data, not suitable for production. For testing "
     "purposes only.",
-    constant_years("mi_m", exit,
-                   {{2021, 0.015}, {2022, 0.015}, {2023, 0.014}, {2024, 0.013}, {2025, 0.012}}),
-    constant_years("mi_f", exit,
-                   {{2021, 0.012}, {2022, 0.012}, {2023, 0.011}, {2024, 0.01}, {2025, 0.009}}));
+    projected_m(exit), projected_f(exit));
 static_assert(proved(DummyEXIT_SelectGen_c));
 
 inline constexpr Payload DummyLIFE_SelectGen_d = select_generational(

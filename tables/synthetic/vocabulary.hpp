@@ -50,6 +50,21 @@ constexpr Column constant_years(std::string_view key, const Kind &kind,
   return grid;
 }
 
+// The rates of the projected tables; DummySD_ProjectedGen alone has its own.
+constexpr Column projected_m(const Kind &kind) {
+  return constant_years(
+      "mi_m", kind, {{2021, 0.015}, {2022, 0.015}, {2023, 0.014}, {2024, 0.013}, {2025, 0.012}});
+}
+constexpr Column projected_f(const Kind &kind) {
+  return constant_years("mi_f", kind,
+                        {{2021, 0.012}, {2022, 0.012}, {2023, 0.011}, {2024, 0.01}, {2025, 0.009}});
+}
+
+// The grid of the exponential tables by calendar year, for either sex.
+constexpr Column falling_years(std::string_view key, const Kind &kind) {
+  return constant_years(key, kind, {{2004, 0.005}, {2014, 0.0035}, {2024, 0.002}});
+}
+
 // A duration grid whose rate is the same at every age.
 constexpr Column constant_durations(std::string_view key, const Kind &kind, double duration_1,
                                     double duration_2, double ultimate) {
