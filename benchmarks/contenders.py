@@ -227,10 +227,9 @@ def grown(folder, factor):
     def change(name, pattern, replacement):
         sources[name] = replaced(sources[name], pattern, replacement)
 
-    body, repository = "tables/body.hpp", "tables/repository.hpp"
-    recipes, functions = "tables/payload/recipes.hpp", "dav2004r/functions.cpp"
+    body, inventory, recipes = "tables/body.hpp", "tables/inventory.hpp", "tables/payload/recipes.hpp"
     copies, statements = [], []
-    names = re.findall(r'^    "(.*)",$', sources[repository], re.MULTILINE)
+    names = re.findall(r'^    "(.*)",$', sources[inventory], re.MULTILINE)
     bound = re.findall(r"^    (table|call)\((.*)\),$", sources[body], re.MULTILINE)
     for copy in range(1, factor):
         for use, name in bound:
@@ -242,19 +241,14 @@ def grown(folder, factor):
                           f'"{own}", "_DAV2004R_DATA_{copy}");')
             statements.append(f"    table({own}),")
     change(body, r"^namespace", '#include "grown.hpp"\n\nnamespace')
-    change(body, r"^struct Statement", "\n".join([*copies, "", "struct Statement"]))
-    change(body, r"^    repository\(", "\n".join([*statements, "    repository("]))
-    change(repository, r'(^    ".*",\n)+', "".join(
+    change(body, r"^inline constexpr Statement body", "\n".join([*copies, "", r"\g<0>"]))
+    change(body, r"^    inventory\(", "\n".join([*statements, "    inventory("]))
+    change(inventory, r'(^    ".*",\n)+', "".join(
         f'    "{name}{suffix}",\n' for suffix in ["", *(f"_{n}" for n in range(1, factor))]
         for name in names))
     # Room for more; indices of 32 bits, because 16 do not reach.
-    change(recipes, r"^(  Bounded<.*, )([\d']+)(> \w+;)$", rf"\g<1>{factor} * \2\3")
+    change(recipes, "tables = 100;", f"tables = {factor} * 100;")
     change(recipes, "using Index = std::uint16_t", "using Index = std::uint32_t")
-    change(recipes, "<< 14U", "<< 16U")
-    change(recipes, ">> 50U", ">> 48U")
-    # One unit for both users of the constants, so that the compiler resolves them once.
-    change("tables/body.cpp", r"\Z", f'#include "{functions}"\n')
-    change("CMakeLists.txt", rf"^ *tables/{functions}$", "")
 
     for name, text in sources.items():
         write(folder / "source" / name, text)

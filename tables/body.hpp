@@ -16,41 +16,9 @@
 #include "synthetic/select_unisex.hpp"
 #include "synthetic/static_tables.hpp"
 
+#include "statement.hpp"
+
 namespace marlune::tables {
-
-struct Statement {
-  enum class Kind : std::uint8_t { table, base_vector, function, call, repository, empty_dict };
-
-  Kind kind;
-  std::string_view name;
-  int line;
-  const Payload *payload = nullptr;
-  const BaseVector *base_vector = nullptr;
-  PyMethodDef *function = nullptr;
-  std::string_view callee{}; // of a call: the attribute that holds the function
-};
-
-// The line is that of the use in the list below.
-consteval Statement table(const Payload &payload, int line = __builtin_LINE()) {
-  return {Statement::Kind::table, payload.attribute, line, &payload};
-}
-consteval Statement base_vector(const BaseVector &vector, int line = __builtin_LINE()) {
-  return {Statement::Kind::base_vector, vector.name, line, nullptr, &vector};
-}
-consteval Statement function(std::string_view name, PyMethodDef &function,
-                             int line = __builtin_LINE()) {
-  return {Statement::Kind::function, name, line, nullptr, nullptr, &function};
-}
-consteval Statement call(std::string_view name, std::string_view callee,
-                         int line = __builtin_LINE()) {
-  return {Statement::Kind::call, name, line, nullptr, nullptr, nullptr, callee};
-}
-consteval Statement repository(std::string_view name, int line = __builtin_LINE()) {
-  return {Statement::Kind::repository, name, line};
-}
-consteval Statement empty_dict(std::string_view name, int line = __builtin_LINE()) {
-  return {Statement::Kind::empty_dict, name, line};
-}
 
 // What the exec step does before the first statement.
 inline constexpr int short_name_line = __LINE__; // registers the module under its short name
@@ -140,7 +108,7 @@ inline constexpr Statement body[] = {
     table(published::GKMF80),
     table(published::GKMF95),
     // The inventory
-    repository("REPO_TABLES"),
+    inventory("REPO_TABLES"),
     empty_dict("__test__"),
 };
 

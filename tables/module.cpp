@@ -2,8 +2,9 @@
 
 #include "docstring.hpp"
 #include "interpreter/guard.hpp"
+#include "payload/context.hpp"
+#include "resolved_body.hpp"
 #include "run_body.hpp"
-#include "state.hpp"
 
 #include <cstdint>
 #include <new>
@@ -20,7 +21,7 @@ constexpr const char *module_name = "data_tables";
 struct State {
   std::int64_t interpreter = -1;
   Reference module; // from the start of its exec step
-  std::shared_ptr<const LiveModule> live;
+  std::shared_ptr<const Context> live;
 };
 
 State &state() {
@@ -85,8 +86,7 @@ PyObject *create(PyObject *spec, PyModuleDef * /*definition*/) {
   Reference module;
   const bool created = succeeds([&] {
     require_same_interpreter();
-    module = state().module.get() != nullptr ? Reference::borrow(state().module.get())
-                                             : new_module(spec);
+    module = state().module ? Reference::borrow(state().module.get()) : new_module(spec);
   });
   return created ? module.release() : nullptr;
 }
@@ -124,15 +124,15 @@ struct Progress {
 
 void bring_to_life(PyObject *module, Progress &progress) {
   state().module = Reference::borrow(module);
-  const auto live = std::make_shared<LiveModule>();
+  const auto live = std::make_shared<Context>(Context{.recipes = resolved_body.recipes});
   Reference builtins = Reference::steal(PyImport_AddModuleRef("builtins"));
   check(PyObject_SetAttrString(module, "__builtins__", builtins.get()));
   live->names = Namespace(Reference::borrow(PyModule_GetDict(module)), std::move(builtins));
   warn_of_other_version();
-  live->literals = make_literals();
-  progress.line = lines_before_body.short_name;
+  live->literals = LiteralObjects(resolved_body.recipes);
+  progress.line = resolved_body.short_name_line;
   register_short_name(module);
-  progress.line = lines_before_body.builtins;
+  progress.line = resolved_body.builtins_line;
   live->builtins = Builtins::find(live->names);
   state().live = live;
   run_body(*live, progress.line);
@@ -156,7 +156,7 @@ int abort_import(PyObject *module, const Progress &progress) {
 }
 
 int exec(PyObject *module) {
-  if (state().module.get() != nullptr) {
+  if (state().module) {
     if (state().module.get() == module) {
       return 0;
     }
@@ -190,7 +190,7 @@ PyModuleDef definition = {
 
 } // namespace
 
-std::shared_ptr<const LiveModule> live_module() { return state().live; }
+std::shared_ptr<const Context> live_context() { return state().live; }
 
 } // namespace marlune::tables
 

@@ -206,9 +206,9 @@ def test_short_name_that_cannot_be_looked_up_fails_the_import():
 @pytest.mark.parametrize(
     ("replaced", "lost", "statement"),
     [
-        ("zip", "PASEM2010", 'repository("REPO_TABLES")'),
+        ("zip", "PASEM2010", 'inventory("REPO_TABLES")'),
         ("round", "_IX_F_BASE", "table(synthetic::DummySD_Select)"),
-        ("round", "DummyLIFE_Unisex", 'repository("REPO_TABLES")'),
+        ("round", "DummyLIFE_Unisex", 'inventory("REPO_TABLES")'),
     ],
 )
 def test_name_lost_during_the_body_fails_the_import_at_the_statement_that_needs_it(

@@ -269,12 +269,6 @@ inline constexpr SelectFactors select_factors_m{.duration_1 = 0.670538,
 inline constexpr SelectFactors select_factors_f{.duration_1 = 0.712823,
                                                 .durations_2_to_5 = 0.79823};
 
-// In the order in which they are built.
-inline constexpr Literals columns[] = {qx_agg_1o_m,    qx_agg_1o_f,    mi_trend_1o_m, mi_trend_1o_f,
-                                       qx_agg_2o_m,    qx_agg_2o_f,    mi_start_2o_m, mi_start_2o_f,
-                                       mi_target_2o_m, mi_target_2o_f, qx_ult_1o_m,   qx_ult_1o_f,
-                                       qx_ult_2o_m,    qx_ult_2o_f};
-
 // Calendar years of the second-order improvement grid: the start trend holds in the first, the
 // target trend in the last.
 inline constexpr int first_year = 2004;

@@ -1,13 +1,12 @@
 #include "dav2004r/functions.hpp"
 
-#include "constants.hpp"
 #include "dav2004r/arguments.hpp"
 #include "dav2004r/columns.hpp"
+#include "dav2004r/ingredients.hpp"
 #include "interpreter/arithmetic.hpp"
 #include "interpreter/guard.hpp"
 #include "interpreter/lists.hpp"
-#include "payload/objects.hpp"
-#include "state.hpp"
+#include "payload/recipe_to_object.hpp"
 
 #include <algorithm>
 
@@ -51,25 +50,18 @@ struct Pair {
 
 Pair unpack_pair(PyObject *iterable) {
   const Reference iterator = Reference::steal(PyObject_GetIter(iterable));
-  const auto next = [&] {
-    PyObject *const item = PyIter_Next(iterator.get());
-    if (item == nullptr && PyErr_Occurred() != nullptr) {
+  const auto require = [&](int position) {
+    Reference item = next_item(iterator);
+    if (!item) {
+      PyErr_Format(PyExc_ValueError, "not enough values to unpack (expected 2, got %d)", position);
       throw ErrorSet{};
     }
     return item;
   };
-  const auto require = [&](int position) {
-    PyObject *const item = next();
-    if (item == nullptr) {
-      PyErr_Format(PyExc_ValueError, "not enough values to unpack (expected 2, got %d)", position);
-    }
-    return Reference::steal(item);
-  };
   Pair pair;
   pair.first = require(0);
   pair.second = require(1);
-  if (PyObject *const third = next()) {
-    Py_DECREF(third);
+  if (next_item(iterator)) {
     PyErr_SetString(PyExc_ValueError, "too many values to unpack (expected 2)");
     throw ErrorSet{};
   }
@@ -79,11 +71,11 @@ Pair unpack_pair(PyObject *iterable) {
 // Calls `action` for each pair that zip(start, target) gives, with the builtin `zip` of the import.
 // The function outlives an import that fails; then nobody has another `zip` than the interpreter's.
 template <class Action>
-void for_each_pair(const LiveModule *live, const TrendArguments &trends, Action action) {
-  if (live != nullptr && !live->builtins.own_zip) {
+void for_each_pair(const Context *context, const TrendArguments &trends, Action action) {
+  if (context != nullptr && !context->builtins.own_zip) {
     PyObject *const arguments[] = {trends.start, trends.target};
     const Reference pairs =
-        Reference::steal(PyObject_Vectorcall(live->builtins.zip.get(), arguments, 2, nullptr));
+        Reference::steal(PyObject_Vectorcall(context->builtins.zip.get(), arguments, 2, nullptr));
     for_each_item(pairs.get(), [&](PyObject *item) {
       const Pair pair = unpack_pair(item);
       action(pair.first.get(), pair.second.get());
@@ -106,45 +98,45 @@ Reference copy_of(PyObject *list) {
   return Reference::steal(PyList_GetSlice(list, 0, PY_SSIZE_T_MAX));
 }
 
-Reference blended(const LiveModule *live, const TrendArguments &trends, int year) {
+Reference blended(const Context *context, const TrendArguments &trends, int year) {
   const Weight weight(year);
   Items items(std::min(PyList_GET_SIZE(trends.start), PyList_GET_SIZE(trends.target)));
-  for_each_pair(live, trends, [&](PyObject *start, PyObject *target) {
+  for_each_pair(context, trends, [&](PyObject *start, PyObject *target) {
     items.add(blend(weight, start, target));
   });
   return std::move(items).list();
 }
 
-Reference year_key(const LiveModule *live, int year) {
-  if (live == nullptr) {
+Reference year_key(const Context *context, int year) {
+  if (context == nullptr) {
     return Reference::steal(PyLong_FromLong(year));
   }
-  return Reference::borrow(
-      live->literals[static_cast<Index>(constant(first_year) + (year - first_year))]);
+  const auto later = static_cast<std::size_t>(year - first_year);
+  return Reference::borrow(context->literals[index_of(ingredients.first_year + later)]);
 }
 
-Reference improvement_grid(const LiveModule *live, const TrendArguments &trends) {
+Reference improvement_grid(const Context *context, const TrendArguments &trends) {
   Reference grid = Reference::steal(PyDict_New());
   const auto add = [&](int year, const Reference &rates) {
-    set_item(grid, year_key(live, year).get(), rates.get());
+    set_item(grid, year_key(context, year).get(), rates.get());
   };
   add(first_year, copy_of(trends.start));
   for (int year = first_year + 1; year < last_year; ++year) {
-    add(year, blended(live, trends, year));
+    add(year, blended(context, trends, year));
   }
   add(last_year, copy_of(trends.target));
   return grid;
 }
 
-PyObject *globals_of(const LiveModule *live) {
-  return live != nullptr ? live->names.dict() : nullptr;
+PyObject *globals_of(const Context *context) {
+  return context != nullptr ? context->names.dict() : nullptr;
 }
 
 PyObject *call_mi_linear(PyObject * /*module*/, PyObject *const *values, Py_ssize_t count,
                          PyObject *keywords) {
-  const auto live = live_module();
-  return guarded("data_tables._dav_mi_linear", __LINE__, globals_of(live.get()), [&] {
-    return improvement_grid(live.get(), trend_arguments(values, count, keywords));
+  const auto context = live_context();
+  return guarded("data_tables._dav_mi_linear", __LINE__, globals_of(context.get()), [&] {
+    return improvement_grid(context.get(), trend_arguments(values, count, keywords));
   });
 }
 
@@ -157,96 +149,91 @@ Reference select_duration(const Reference &ultimate, PyObject *factor) {
   return std::move(items).list();
 }
 
-Reference select_mapping_of(const LiveModule &live, const Reference &ultimate, Index duration_1,
-                            Index durations_2_to_5) {
+Reference select_mapping(const Context &context, const Reference &ultimate,
+                         const SexIngredients &sex) {
   Reference mapping = Reference::steal(PyDict_New());
-  const auto add = [&](Index duration, Index factor) {
-    set_item(mapping, live.literals[duration],
-             select_duration(ultimate, live.literals[factor]).get());
-  };
-  add(constant(1), duration_1);
-  add(constant(2), durations_2_to_5);
-  add(constant(3), durations_2_to_5);
-  add(constant(4), durations_2_to_5);
-  add(constant(5), durations_2_to_5);
-  set_item(mapping, live.literals[constant("ult")], ultimate.get());
+  for (std::size_t index = 0; index < sex.factors.size(); ++index) {
+    set_item(mapping, context.literals[ingredients.durations[index]],
+             select_duration(ultimate, context.literals[sex.factors[index]]).get());
+  }
+  set_item(mapping, context.literals[ingredients.ult], ultimate.get());
   return mapping;
 }
 
-Reference select_m(const LiveModule &live, const Reference &ultimate) {
-  return select_mapping_of(live, ultimate, constant(select_factors_m.duration_1),
-                           constant(select_factors_m.durations_2_to_5));
-}
-
-Reference select_f(const LiveModule &live, const Reference &ultimate) {
-  return select_mapping_of(live, ultimate, constant(select_factors_f.duration_1),
-                           constant(select_factors_f.durations_2_to_5));
-}
-
 // The blend of two trends, by whatever the module's attribute holds at this moment.
-Reference call_blending(const LiveModule &live, const Reference &start, const Reference &target) {
-  const Reference function = live.names.find(live.literals[constant("_dav_mi_linear")]);
+Reference call_blending(const Context &context, const Reference &start, const Reference &target) {
+  const Reference function = context.names.find(context.literals[ingredients.blending]);
   PyObject *const arguments[] = {start.get(), target.get()};
   return Reference::steal(PyObject_Vectorcall(function.get(), arguments, 2, nullptr));
 }
 
-// The capitals of MI_m and MI_f are part of the layout.
-Reference table_data(const LiveModule &live, const Reference &qx_m, const Reference &qx_f,
+// The literal columns of one sex, each a new list.
+struct SexLists {
+  Reference agg_1o, agg_2o, ult_1o, ult_2o, trend_1o, start_2o, target_2o;
+};
+
+struct Source {
+  Reference SexLists::*list;
+  Index SexIngredients::*recipe;
+};
+// In the order in which the lists are built, males first.
+constexpr Source sources[] = {
+    {&SexLists::agg_1o, &SexIngredients::agg_1o},
+    {&SexLists::trend_1o, &SexIngredients::trend_1o},
+    {&SexLists::agg_2o, &SexIngredients::agg_2o},
+    {&SexLists::start_2o, &SexIngredients::start_2o},
+    {&SexLists::target_2o, &SexIngredients::target_2o},
+    {&SexLists::ult_1o, &SexIngredients::ult_1o},
+    {&SexLists::ult_2o, &SexIngredients::ult_2o},
+};
+
+Reference table_data(const Context &context, const Reference &qx_m, const Reference &qx_f,
                      const Reference &mi_m, const Reference &mi_f) {
   Reference data = Reference::steal(PyDict_New());
-  set_item(data, live.literals[constant("qx_m")], qx_m.get());
-  set_item(data, live.literals[constant("qx_f")], qx_f.get());
-  set_item(data, live.literals[constant("MI_m")], mi_m.get());
-  set_item(data, live.literals[constant("MI_f")], mi_f.get());
+  set_item(data, context.literals[ingredients.m.qx], qx_m.get());
+  set_item(data, context.literals[ingredients.f.qx], qx_f.get());
+  set_item(data, context.literals[ingredients.m.mi], mi_m.get());
+  set_item(data, context.literals[ingredients.f.mi], mi_f.get());
   return data;
 }
 
-Reference all_data(const LiveModule &live) {
-  const ObjectMaker maker(module_recipes, live);
-  const auto column = [&](Index page) { return maker.rates(module_recipes.lists[page]); };
-  const Reference agg_1o_m = column(page(qx_agg_1o_m));
-  const Reference agg_1o_f = column(page(qx_agg_1o_f));
-  const Reference trend_1o_m = column(page(mi_trend_1o_m));
-  const Reference trend_1o_f = column(page(mi_trend_1o_f));
-  const Reference agg_2o_m = column(page(qx_agg_2o_m));
-  const Reference agg_2o_f = column(page(qx_agg_2o_f));
-  const Reference start_2o_m = column(page(mi_start_2o_m));
-  const Reference start_2o_f = column(page(mi_start_2o_f));
-  const Reference target_2o_m = column(page(mi_target_2o_m));
-  const Reference target_2o_f = column(page(mi_target_2o_f));
-  const Reference ult_1o_m = column(page(qx_ult_1o_m));
-  const Reference ult_1o_f = column(page(qx_ult_1o_f));
-  const Reference ult_2o_m = column(page(qx_ult_2o_m));
-  const Reference ult_2o_f = column(page(qx_ult_2o_f));
-
-  const Reference grid_2o_m = call_blending(live, start_2o_m, target_2o_m);
-  const Reference grid_2o_f = call_blending(live, start_2o_f, target_2o_f);
+Reference all_data(const Context &context) {
+  SexLists m;
+  SexLists f;
+  const ObjectMaker maker(context);
+  for (const Source &source : sources) {
+    m.*source.list = maker.list(ingredients.m.*source.recipe);
+    f.*source.list = maker.list(ingredients.f.*source.recipe);
+  }
+  const Reference grid_m = call_blending(context, m.start_2o, m.target_2o);
+  const Reference grid_f = call_blending(context, f.start_2o, f.target_2o);
 
   // The select tables hold the improvement columns of the aggregate tables of their order.
   Reference all = Reference::steal(PyDict_New());
   const auto add = [&](Index key, const Reference &data) {
-    set_item(all, live.literals[key], data.get());
+    set_item(all, context.literals[key], data.get());
   };
-  add(constant("Agg_1o"), table_data(live, agg_1o_m, agg_1o_f, trend_1o_m, trend_1o_f));
-  add(constant("Agg_2o"), table_data(live, agg_2o_m, agg_2o_f, grid_2o_m, grid_2o_f));
-  const Reference select_1o_m = select_m(live, ult_1o_m);
-  const Reference select_1o_f = select_f(live, ult_1o_f);
-  add(constant("SelUlt_1o"), table_data(live, select_1o_m, select_1o_f, trend_1o_m, trend_1o_f));
-  const Reference select_2o_m = select_m(live, ult_2o_m);
-  const Reference select_2o_f = select_f(live, ult_2o_f);
-  add(constant("SelUlt_2o"), table_data(live, select_2o_m, select_2o_f, grid_2o_m, grid_2o_f));
+  add(ingredients.agg_1o, table_data(context, m.agg_1o, f.agg_1o, m.trend_1o, f.trend_1o));
+  add(ingredients.agg_2o, table_data(context, m.agg_2o, f.agg_2o, grid_m, grid_f));
+  const Reference select_1o_m = select_mapping(context, m.ult_1o, ingredients.m);
+  const Reference select_1o_f = select_mapping(context, f.ult_1o, ingredients.f);
+  add(ingredients.sel_ult_1o,
+      table_data(context, select_1o_m, select_1o_f, m.trend_1o, f.trend_1o));
+  const Reference select_2o_m = select_mapping(context, m.ult_2o, ingredients.m);
+  const Reference select_2o_f = select_mapping(context, f.ult_2o, ingredients.f);
+  add(ingredients.sel_ult_2o, table_data(context, select_2o_m, select_2o_f, grid_m, grid_f));
   return all;
 }
 
 PyObject *call_build_data(PyObject * /*module*/, PyObject * /*no arguments*/) {
-  const auto live = live_module();
-  return guarded("data_tables._build_dav2004r_data", __LINE__, globals_of(live.get()), [&] {
-    if (!live) {
+  const auto context = live_context();
+  return guarded("data_tables._build_dav2004r_data", __LINE__, globals_of(context.get()), [&] {
+    if (!context) {
       PyErr_SetString(PyExc_RuntimeError, "_build_dav2004r_data() looks '_dav_mi_linear' up in the "
                                           "module data_tables, which is not imported");
       throw ErrorSet{};
     }
-    return all_data(*live);
+    return all_data(*context);
   });
 }
 

@@ -40,6 +40,15 @@ inline Reference hold_unless(bool exact_floats, PyObject *item) {
   return exact_floats ? Reference() : Reference::borrow(item);
 }
 
+// The next item of an iterator; nothing at its end.
+inline Reference next_item(const Reference &iterator) {
+  Reference item = Reference::steal_if_any(PyIter_Next(iterator.get()));
+  if (!item && PyErr_Occurred() != nullptr) {
+    throw ErrorSet{};
+  }
+  return item;
+}
+
 // The items of an iterable, one after the other, each safe for arithmetic with a literal. A list is
 // walked by index, as its iterator does: it may change under the walk.
 template <class Action> void for_each_item(PyObject *iterable, Action action) {
@@ -52,12 +61,8 @@ template <class Action> void for_each_item(PyObject *iterable, Action action) {
     return;
   }
   const Reference iterator = Reference::steal(PyObject_GetIter(iterable));
-  while (PyObject *const next = PyIter_Next(iterator.get())) {
-    const Reference item = Reference::steal(next);
+  while (const Reference item = next_item(iterator)) {
     action(item.get());
-  }
-  if (PyErr_Occurred() != nullptr) {
-    throw ErrorSet{};
   }
 }
 

@@ -25,7 +25,7 @@ inline void check(int result) {
   }
 }
 
-// One owned reference to an object that exists.
+// One owned reference to an object, or nothing.
 class Reference {
 public:
   Reference() = default;
@@ -37,6 +37,8 @@ public:
     }
     return Reference(object);
   }
+  // The same for a call that may rightly give nothing.
+  static Reference steal_if_any(PyObject *object) { return Reference(object); }
   static Reference borrow(PyObject *object) { return Reference(Py_NewRef(object)); }
 
   Reference(Reference &&other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
@@ -49,6 +51,7 @@ public:
   Reference &operator=(const Reference &) = delete;
   ~Reference() { Py_XDECREF(object_); }
 
+  explicit operator bool() const { return object_ != nullptr; }
   [[nodiscard]] PyObject *get() const { return object_; }
   [[nodiscard]] PyObject *release() { return std::exchange(object_, nullptr); }
 

@@ -1,9 +1,7 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <initializer_list>
-#include <span>
 
 namespace marlune::tables {
 
@@ -11,16 +9,16 @@ namespace marlune::tables {
 template <class T, std::size_t N> class Bounded {
 public:
   constexpr Bounded() = default;
-  constexpr Bounded(std::initializer_list<T> items) {
-    for (const T &item : items) {
-      push_back(item);
+  constexpr Bounded(std::initializer_list<T> items) : Bounded(items.begin(), items.size()) {}
+  constexpr Bounded(const T *items, std::size_t size) : size_(size) {
+    require_room(size <= N);
+    for (std::size_t index = 0; index < size; ++index) {
+      items_[index] = items[index];
     }
   }
 
   constexpr void push_back(const T &item) {
-    if (size_ == N) {
-      throw "more items than the description has room for";
-    }
+    require_room(size_ < N);
     items_[size_] = item;
     ++size_;
   }
@@ -28,12 +26,19 @@ public:
   [[nodiscard]] constexpr std::size_t size() const { return size_; }
   [[nodiscard]] constexpr bool empty() const { return size_ == 0; }
   [[nodiscard]] constexpr const T &operator[](std::size_t index) const { return items_[index]; }
-  [[nodiscard]] constexpr const T *begin() const { return items_.data(); }
-  [[nodiscard]] constexpr const T *end() const { return items_.data() + size_; }
+  [[nodiscard]] constexpr const T *begin() const { return items_; }
+  [[nodiscard]] constexpr const T *end() const { return items_ + size_; }
   [[nodiscard]] constexpr const T &back() const { return items_[size_ - 1]; }
 
 private:
-  std::array<T, N> items_{};
+  static constexpr void require_room(bool enough) {
+    if (!enough) {
+      throw "more items than the description has room for";
+    }
+  }
+
+  // No std::array: its operator is a call, of which the compiler remembers every one.
+  T items_[N]{};
   std::size_t size_ = 0;
 };
 

@@ -3,7 +3,7 @@
 // What holds for every payload. A table states `static_assert(proved(TABLE))` beside its data; when
 // a rule is broken the compiler stops at the throw of that rule and prints its sentence.
 
-#include "payload/record.hpp"
+#include "payload/numbers.hpp"
 
 #include <algorithm>
 
@@ -23,79 +23,32 @@ constexpr int ages_of(const Payload &table) { return table.omega - table.start_a
 
 constexpr double certain(const Payload &table) { return static_cast<int>(table.unit); }
 
-// The number of entries that the list will have.
-constexpr int length_of(const Rates &rates) {
-  switch (rates.origin) {
-  case Rates::Origin::literal:
-    return static_cast<int>(rates.literals.size());
-  case Rates::Origin::levels: {
-    int ages = 0;
-    for (const Level &level : rates.levels) {
-      require(level.ages > 0, "a level of rates covers no age");
-      ages += level.ages;
-    }
-    return ages;
-  }
-  default:
-    return static_cast<int>(rates.base->rates.size());
-  }
-}
-
-// The entry at an index. Good for comparisons only: the rates that the import computes from a base
-// vector are rounded there, not here.
-constexpr Number rate_at(const Rates &rates, int index) {
-  switch (rates.origin) {
-  case Rates::Origin::literal:
-    return rates.literals[static_cast<std::size_t>(index)];
-  case Rates::Origin::levels: {
-    int last = -1;
-    for (const Level &level : rates.levels) {
-      last += level.ages;
-      if (index <= last) {
-        return level.rate;
-      }
-    }
-    throw "an age beyond the last level";
-  }
-  case Rates::Origin::shared:
-    return rates.base->rates[static_cast<std::size_t>(index)];
-  case Rates::Origin::proportional:
-    if (index + 1 == length_of(rates)) {
-      return 0.0;
-    }
-    [[fallthrough]];
-  case Rates::Origin::rounded:
-    return rates.base->rates[static_cast<std::size_t>(index)].value * rates.factor;
-  case Rates::Origin::capped: {
-    const double base = rates.base->rates[static_cast<std::size_t>(index)].value;
-    return base < 1.0 ? base * rates.factor : 1.0;
-  }
-  }
-  throw "an origin of rates that nobody has heard of";
-}
-
 constexpr bool within(double value, double low, double high) {
   // False for every comparison with a NaN.
   return value >= low && value <= high;
 }
 
-constexpr void prove_decrement_rates(const Payload &table, const Rates &rates, bool male) {
-  require(length_of(rates) == ages_of(table),
+constexpr bool covers_ages(const Numbers &rates, const Payload &table) {
+  return static_cast<int>(rates.size()) == ages_of(table);
+}
+
+constexpr void prove_decrement_rates(const Payload &table, const Numbers &rates, bool male) {
+  require(covers_ages(rates, table),
           "the length of a decrement column is not omega - start_age + 1");
-  const int omega = ages_of(table) - 1;
-  for (int index = 0; index < omega; ++index) {
-    const Number rate = rate_at(rates, index);
+  for (std::size_t index = 0; index + 1 < rates.size(); ++index) {
+    const Number &rate = rates[index];
     require(!rate.integer, "an int before the last age of a decrement column");
     require(within(rate.value, 0.0, certain(table)),
             "a decrement rate is not a number between 0 and the certain decrement");
-    const bool filled_up = male && table.exceptions.male_certain_from &&
-                           table.start_age + index >= *table.exceptions.male_certain_from;
+    const bool filled_up =
+        male && table.oddities.male_certain_from &&
+        table.start_age + static_cast<int>(index) >= *table.oddities.male_certain_from;
     require((rate.value == certain(table)) == filled_up,
             "the certain decrement stands below omega, where the table does not declare it");
   }
-  const Number last = rate_at(rates, omega);
-  if (table.exceptions.last_decrement) {
-    require(last == *table.exceptions.last_decrement,
+  const Number &last = rates.back();
+  if (table.oddities.last_decrement) {
+    require(last == *table.oddities.last_decrement,
             "the last decrement is not the one that the table declares as its exception");
   } else if (table.table_type == TableType::disability) {
     require(!last.integer && last.value > 0.0 && last.value < certain(table),
@@ -106,16 +59,14 @@ constexpr void prove_decrement_rates(const Payload &table, const Rates &rates, b
   }
 }
 
-constexpr void prove_improvement_rates(const Payload &table, const Rates &rates) {
-  require(length_of(rates) == ages_of(table),
+constexpr void prove_improvement_rates(const Payload &table, const Numbers &rates) {
+  require(covers_ages(rates, table),
           "the length of an improvement column is not omega - start_age + 1");
-  const int omega = ages_of(table) - 1;
-  for (int index = 0; index <= omega; ++index) {
-    const Number rate = rate_at(rates, index);
+  for (const Number &rate : rates) {
     require(!rate.integer, "an int in an improvement column");
     require(within(rate.value, 0.0, 0.1), "an improvement rate is not a decimal from 0 to 0.1");
   }
-  require(rate_at(rates, omega).value == 0.0, "an improvement column does not end in 0.0");
+  require(rates.back().value == 0.0, "an improvement column does not end in 0.0");
 }
 
 // Numbered durations ascending by one from 0 or 1, then "ult".
@@ -135,14 +86,14 @@ constexpr void prove_durations(const Payload &table, const Column &column) {
 
 // Those just selected have a lower rate than those selected long ago; where no select rate is known
 // up to omega, the ultimate one stands for it.
-constexpr void prove_select_rates(const Payload &table, const Column &column) {
-  const int omega = ages_of(table) - 1;
-  const Rates &ultimate = column.entries.back().rates;
+constexpr void prove_select_rates(const Column &column) {
+  const Numbers ultimate = numbers_of(column.entries.back().rates);
   for (std::size_t duration = 0; duration + 1 < column.entries.size(); ++duration) {
+    const Numbers select = numbers_of(column.entries[duration].rates);
     bool completed = false;
-    for (int index = 0; index < omega; ++index) {
-      const double select_rate = rate_at(column.entries[duration].rates, index).value;
-      const double ultimate_rate = rate_at(ultimate, index).value;
+    for (std::size_t index = 0; index + 1 < select.size(); ++index) {
+      const double select_rate = select[index].value;
+      const double ultimate_rate = ultimate[index].value;
       completed = completed || select_rate == ultimate_rate;
       require(
           completed ? select_rate == ultimate_rate : select_rate < ultimate_rate,
@@ -160,10 +111,10 @@ constexpr void prove_decrement(const Payload &table, const Column &column, bool 
     require(column.shape == Shape::flat, "a decrement column of an aggregate table is not flat");
   }
   for (const Entry &entry : column.entries) {
-    prove_decrement_rates(table, entry.rates, male);
+    prove_decrement_rates(table, numbers_of(entry.rates), male);
   }
   if (table.select_period) {
-    prove_select_rates(table, column);
+    prove_select_rates(column);
   }
 }
 
@@ -184,7 +135,7 @@ constexpr void prove_improvement(const Payload &table, const Column &column) {
   case Shape::select_mapping:
     throw "an improvement column is a select mapping";
   }
-  require((*table.formula == Formula::projected) <= (column.shape == Shape::year_grid),
+  require(*table.formula != Formula::projected || column.shape == Shape::year_grid,
           "projected improvement without a year for every rate");
   require(column.shape == Shape::flat || *table.formula == Formula::projected ||
               *table.formula == Formula::exponential,
@@ -192,7 +143,7 @@ constexpr void prove_improvement(const Payload &table, const Column &column) {
   for (const Entry &entry : column.entries) {
     require(!entry.label.ultimate || column.shape == Shape::duration_grid,
             "\"ult\" in a column without durations");
-    prove_improvement_rates(table, entry.rates);
+    prove_improvement_rates(table, numbers_of(entry.rates));
   }
 }
 
@@ -243,7 +194,7 @@ constexpr void prove_metadata(const Payload &table) {
   require(!table.attribute.empty() && !table.table_name.empty() && !table.description.empty(),
           "a name or the description is empty");
   const bool generational = table.formula.has_value();
-  const bool odd = table.exceptions.base_year_none_and_no_mi_scale_factor;
+  const bool odd = table.oddities.base_year_none_and_no_mi_scale_factor;
   require(!(odd && generational), "a generational table without base year");
   require(table.base_year.has_value() == generational,
           "a base year without improvement rates, or improvement rates without a base year");

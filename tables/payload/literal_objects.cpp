@@ -27,18 +27,20 @@ Reference text_object(std::string_view text) {
 } // namespace
 
 LiteralObjects::LiteralObjects(const Recipes &recipes) {
-  objects_.reserve(recipes.floats.size() + recipes.ints.size() + recipes.texts.size() + 3);
-  for (const double value : recipes.floats) {
-    objects_.push_back(Reference::steal(PyFloat_FromDouble(value)));
+  objects_.reserve(constant::first_text + recipes.texts.size());
+  for (PyObject *const singleton : {Py_None, Py_False, Py_True}) {
+    objects_.push_back(Reference::borrow(singleton));
   }
   for (const int value : recipes.ints) {
     objects_.push_back(Reference::steal(PyLong_FromLong(value)));
   }
+  objects_.resize(constant::first_text);
   for (const std::string_view text : recipes.texts) {
     objects_.push_back(text_object(text));
   }
-  for (PyObject *const singleton : {Py_None, Py_False, Py_True}) {
-    objects_.push_back(Reference::borrow(singleton));
+  floats_.reserve(recipes.floats.size());
+  for (const double value : recipes.floats) {
+    floats_.push_back(Reference::steal(PyFloat_FromDouble(value)));
   }
 }
 

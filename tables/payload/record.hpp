@@ -1,8 +1,9 @@
 #pragma once
 
 // The payload record: how a table of the module is described. A description is a constexpr value
-// that exists for the compiler only: it is proved (payload/invariants.hpp), then resolved into
-// compact recipes (payload/recipes.hpp), from which the import makes the interpreter's objects.
+// that exists for the compiler only: it is proved (payload/invariants.hpp), then resolved into a
+// compact recipe (payload/description_to_recipe.hpp), from which the import makes the interpreter's
+// objects (payload/recipe_to_object.hpp).
 
 #include "payload/bounded.hpp"
 
@@ -58,10 +59,6 @@ struct Rates {
   Bounded<Level, 4> levels{};
   const BaseVector *base = nullptr;
   double factor = 1.0;
-
-  [[nodiscard]] constexpr bool has_base() const {
-    return origin != Origin::literal && origin != Origin::levels;
-  }
 };
 
 constexpr Rates literal(Literals literals) {
@@ -180,9 +177,9 @@ struct DataSource {
   std::string_view key;
 };
 
-// Deviations of a published table from the rules that hold for all others. Each is declared by the
-// one table that has it; the rules themselves know no table.
-struct Exceptions {
+// Where a published table deviates from the rules that hold for all others. Each oddity is declared
+// by the one table that has it; the rules themselves know no table.
+struct Oddities {
   // What both decrement columns hold at omega in place of the certain decrement as a float.
   std::optional<Number> last_decrement{};
   // The age from which the male column is filled up with the certain decrement.
@@ -208,7 +205,7 @@ struct Payload {
   std::string_view description{};
   Bounded<Column, 4> data{};
   std::optional<DataSource> data_source{}; // in place of `data`
-  Exceptions exceptions{};
+  Oddities oddities{};
 };
 
 } // namespace marlune::tables

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cmath>
+#include <cstdint>
 #include <optional>
 
 namespace marlune::tables {
@@ -12,19 +12,23 @@ inline constexpr int rounding_places = 7;
 // integer nearest to the exact product rate × 10^7. For a rate up to 1 the product in doubles is
 // off by less than 2e-9; so m is certain unless the product lies that close to halfway between two
 // integers. m and 10^7 are exact doubles, hence the quotient is that nearest double.
-inline std::optional<double> round_clear_cut(double rate) {
+constexpr std::optional<double> round_clear_cut(double rate) {
   constexpr double scale = 1e7;
   constexpr double doubt = 1e-6;
   const bool is_rate = rate >= 0.0 && rate <= 1.0; // not so for a NaN
   if (!is_rate) {
     return std::nullopt;
   }
+  if (rate == 0.0) {
+    return rate; // with its sign
+  }
   const double scaled = rate * scale;
-  const double below = std::floor(scaled);
-  if (std::fabs(scaled - below - 0.5) < doubt) {
+  const auto below = static_cast<double>(static_cast<std::int64_t>(scaled));
+  const double part = scaled - below;
+  if (part > 0.5 - doubt && part < 0.5 + doubt) {
     return std::nullopt;
   }
-  return (scaled - below < 0.5 ? below : below + 1.0) / scale;
+  return (part < 0.5 ? below : below + 1.0) / scale;
 }
 
 } // namespace marlune::tables

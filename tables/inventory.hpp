@@ -7,7 +7,7 @@
 
 namespace marlune::tables {
 
-inline constexpr std::string_view repository_names[] = {
+inline constexpr std::string_view inventory_names[] = {
     "PER2020_Col_2o",
     "PER2020_Col_1o",
     "PER2020_Ind_2o",

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "interpreter/builtins.hpp"
+#include "interpreter/namespace.hpp"
+#include "payload/literal_objects.hpp"
+
+#include <memory>
+
+namespace marlune::tables {
+
+// What objects are made from: the recipes, one object for every literal in them, and the names and
+// builtins that they find at import. The module has it from before the first statement of its body,
+// and after a successful import for ever. A failed import gives it up; a function that still runs
+// then keeps its share.
+struct Context {
+  const Recipes &recipes;
+  Namespace names{};
+  LiteralObjects literals{};
+  Builtins builtins{};
+};
+
+// The context of the live module, for its functions; null when there is none, because its import has
+// failed or is not that far. The module answers: who asks need not know it.
+std::shared_ptr<const Context> live_context();
+
+} // namespace marlune::tables

@@ -1,0 +1,118 @@
+#include "resolved_body.hpp"
+
+#include "body.hpp"
+#include "dav2004r/resolve_ingredients.hpp"
+#include "inventory.hpp"
+#include "payload/description_to_recipe.hpp"
+
+#include <algorithm>
+#include <iterator>
+
+namespace marlune::tables {
+
+namespace {
+
+constexpr std::size_t bound(std::string_view name) {
+  return static_cast<std::size_t>(std::ranges::count_if(body, [name](const Statement &statement) {
+    return statement.kind == Statement::Kind::table && statement.name == name;
+  }));
+}
+
+// The inventory and the body's tables are the same names, each once.
+constexpr bool inventory_is_complete() {
+  invariants::require(std::size(inventory_names) ==
+                          static_cast<std::size_t>(
+                              std::ranges::count(body, Statement::Kind::table, &Statement::kind)),
+                      "the inventory does not list as many tables as the body binds");
+  for (const std::string_view name : inventory_names) {
+    invariants::require(bound(name) != 0,
+                        "the inventory lists a table that the body does not bind");
+    invariants::require(bound(name) == 1, "the body binds two tables under one name");
+    invariants::require(std::ranges::count(inventory_names, name) == 1,
+                        "the inventory lists a table twice");
+  }
+  return true;
+}
+static_assert(inventory_is_complete());
+
+struct Resolved {
+  Cookbook cookbook;
+  dav2004r::Ingredients ingredients;
+  std::array<Step, std::size(body)> steps{};
+  std::array<Index, std::size(inventory_names)> inventory{};
+  Index module_name = 0;
+};
+
+constexpr Step resolve(const Statement &statement, Cookbook &cookbook) {
+  Step step{.kind = statement.kind,
+            .name = cookbook.constants.add(statement.name),
+            .function = statement.function,
+            .line = static_cast<int>(statement.place.line())};
+  switch (statement.kind) {
+  case Statement::Kind::table:
+    step.recipe = cookbook.add(*statement.payload);
+    break;
+  case Statement::Kind::base_vector:
+    step.recipe = cookbook.add(literal(statement.base_vector->rates));
+    break;
+  case Statement::Kind::call:
+    step.callee = cookbook.constants.add(statement.callee);
+    break;
+  case Statement::Kind::function:
+  case Statement::Kind::inventory:
+  case Statement::Kind::empty_dict:
+    break;
+  }
+  return step;
+}
+
+constexpr Resolved resolved = [] {
+  Resolved result;
+  Cookbook &cookbook = result.cookbook;
+  // First, because its years have to follow each other.
+  result.ingredients = dav2004r::resolve_ingredients(cookbook);
+  std::ranges::transform(body, result.steps.begin(),
+                         [&](const Statement &statement) { return resolve(statement, cookbook); });
+  std::ranges::transform(inventory_names, result.inventory.begin(),
+                         [&](std::string_view name) { return cookbook.constants.add(name); });
+  result.module_name = cookbook.constants.add("data_tables");
+  return result;
+}();
+
+// What the binary holds: each sequence cut to its length.
+template <std::size_t Size, class T, std::size_t Room>
+constexpr std::array<T, Size> cut_to_length(const Bounded<T, Room> &items) {
+  std::array<T, Size> exact{};
+  std::ranges::copy(items, exact.begin());
+  return exact;
+}
+
+constexpr const Cookbook &all = resolved.cookbook;
+constexpr auto ints = cut_to_length<all.constants.ints.size()>(all.constants.ints.items());
+constexpr auto texts = cut_to_length<all.constants.texts.size()>(all.constants.texts.items());
+constexpr auto floats = cut_to_length<all.constants.floats.size()>(all.constants.floats.items());
+constexpr auto slots = cut_to_length<all.slots.size()>(all.slots);
+constexpr auto lists = cut_to_length<all.lists.size()>(all.lists);
+constexpr auto entries = cut_to_length<all.entries.size()>(all.entries);
+constexpr auto columns = cut_to_length<all.columns.size()>(all.columns);
+constexpr auto fields = cut_to_length<all.fields.size()>(all.fields);
+constexpr auto payloads = cut_to_length<all.payloads.size()>(all.payloads);
+constexpr auto steps = resolved.steps;
+constexpr auto inventory_constants = resolved.inventory;
+
+} // namespace
+
+constexpr ResolvedBody resolved_body{
+    .recipes = {ints, texts, floats, slots, lists, entries, columns, fields, payloads},
+    .steps = steps,
+    .inventory = inventory_constants,
+    .module_name = resolved.module_name,
+    .short_name_line = short_name_line,
+    .builtins_line = builtins_line,
+};
+
+namespace dav2004r {
+constexpr Ingredients ingredients = resolved.ingredients;
+}
+
+} // namespace marlune::tables

@@ -1,0 +1,57 @@
+#include "run_body.hpp"
+
+#include "payload/recipe_to_object.hpp"
+#include "resolved_body.hpp"
+
+namespace marlune::tables {
+
+namespace {
+
+Reference new_function(const Context &context, PyMethodDef *method) {
+  return Reference::steal(
+      PyCFunction_NewEx(method, nullptr, context.literals[resolved_body.module_name]));
+}
+
+Reference call_attribute(const Context &context, Index name) {
+  const Reference function = context.names.find(context.literals[name]);
+  return Reference::steal(PyObject_CallNoArgs(function.get()));
+}
+
+Reference new_inventory(const Context &context) {
+  Reference tables = Reference::steal(PyDict_New());
+  for (const Index constant : resolved_body.inventory) {
+    PyObject *const name = context.literals[constant];
+    set_item(tables, name, context.names.find(name).get());
+  }
+  return tables;
+}
+
+Reference value_of(const Step &step, const Context &context) {
+  const ObjectMaker maker(context);
+  switch (step.kind) {
+  case Statement::Kind::table:
+    return maker.payload(step.recipe);
+  case Statement::Kind::base_vector:
+    return maker.list(step.recipe);
+  case Statement::Kind::function:
+    return new_function(context, step.function);
+  case Statement::Kind::call:
+    return call_attribute(context, step.callee);
+  case Statement::Kind::inventory:
+    return new_inventory(context);
+  case Statement::Kind::empty_dict:
+    return Reference::steal(PyDict_New());
+  }
+  Py_UNREACHABLE();
+}
+
+} // namespace
+
+void run_body(const Context &context, int &line) {
+  for (const Step &step : resolved_body.steps) {
+    line = step.line;
+    context.names.bind(context.literals[step.name], value_of(step, context));
+  }
+}
+
+} // namespace marlune::tables
