@@ -160,7 +160,6 @@ constexpr std::string_view decrement_prefix(TableType type) {
 
 constexpr void prove_columns(const Payload &table) {
   const std::string_view decrement = decrement_prefix(table.table_type);
-  int decrements = 0;
   for (const Column &column : table.data) {
     require(column.key.size() == 4 && (column.key[3] == 'm' || column.key[3] == 'f'),
             "a column key is not a symbol, an underscore and a sex");
@@ -176,10 +175,8 @@ constexpr void prove_columns(const Payload &table) {
     require(!table.sex_independent || sex == 'm', "a female column in a sex-independent table");
     require(!table.formula || has_column(table, "mi_", sex),
             "a decrement of a generational table without its improvement rates");
-    ++decrements;
     prove_decrement(table, column, sex == 'm');
   }
-  require(decrements > 0, "a table without a decrement column");
 }
 
 constexpr void prove_metadata(const Payload &table) {
