@@ -17,7 +17,7 @@ template <class Action> bool succeeds(Action action) {
     action();
     return true;
   } catch (const ErrorSet &) {
-    // The indicator says it all.
+    return false;
   } catch (const std::bad_alloc &) {
     PyErr_NoMemory();
   } catch (const std::exception &error) {
