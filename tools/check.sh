@@ -31,6 +31,13 @@ MYPYPATH=build/$preset/installed python_of "$preset" -m mypy.stubtest --concise 
 say 'checking stub, catalogue, provenance and register against the tables'
 python_of "$preset" tools/documents.py
 
+if [ -n "${DATA_TABLES_SOURCES:-}" ]; then
+  say "verifying the module against the publications in $DATA_TABLES_SOURCES"
+  python_of "$preset" tools/verify/verify.py --all "$DATA_TABLES_SOURCES" >build/verify.log ||
+    { cat build/verify.log >&2; fail 'the module and the publications disagree'; }
+  say "$(grep -m1 ' figures: ' build/verify.log)"
+fi
+
 say 'checking that the changelog names every changed column'
 python3.14 tools/changelog.py
 

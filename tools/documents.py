@@ -34,6 +34,10 @@ def main(options):
         elif found != wanted:
             lines = (each.splitlines() for each in (found, wanted))
             differences += unified_diff(*lines, path.name, "what it has to be", n=0, lineterm="")
+    differences += [
+        f"{where}: changed since it was verified; see docs/verifying.md"
+        for where in provenance.changed_since()
+    ]
     if differences:
         sys.exit("\n".join(differences))
 

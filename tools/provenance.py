@@ -20,6 +20,7 @@ from marlune.tables.data_tables import REPO_TABLES
 TOP = Path(__file__).resolve().parent.parent
 FOLDER = TOP / "provenance"
 VERIFIED = FOLDER / "verified.json"
+DECLARED = FOLDER / "declared.toml"
 REGISTER = TOP / "marlune" / "tables" / "data_tables_sources.json"
 DOCUMENT = TOP / "docs" / "provenance.md"
 MARK = "<!-- What follows is written by `./dev python tools/documents.py --write`. -->\n"
@@ -66,7 +67,7 @@ def read_family(path):
 
 def families():
     """The families in the order of their tables, which every one of them has."""
-    paths = sorted(set(FOLDER.glob("*.toml")) - {FOLDER / "documents.toml"})
+    paths = sorted(set(FOLDER.glob("*.toml")) - {FOLDER / "documents.toml", DECLARED})
     read = [read_family(path) for path in paths]
     owner = {}
     for name in REPO_TABLES:
@@ -131,6 +132,23 @@ def facts_of(name, key, lists):
     }
 
 
+# ---- the last verification ----
+
+
+def last_verified():
+    """What `./dev verify --record` found, by column."""
+    return json.loads(VERIFIED.read_text("utf-8")) if VERIFIED.exists() else {}
+
+
+def changed_since():
+    """The columns whose digits are not those that were verified."""
+    for where, entries in last_verified().items():
+        name, column = where.split(" ")
+        digest = register()["tables"][name]["columns"][column]["digest"]
+        if any(each["digest"] != digest for each in entries):
+            yield where
+
+
 # ---- the register ----
 
 
@@ -175,7 +193,10 @@ def described(family, name, seen, verified):
             **facts_of(name, key, lists),
             "reconstructed": [],
             "completed": [],
-            "verified": verified.get(where, []),
+            "verified": [
+                {word: said for word, said in each.items() if word != "digest"}
+                for each in verified.get(where, [])
+            ],
         }
 
 
@@ -215,7 +236,7 @@ def table_of(family, name, columns, doubts):
 @cache
 def register():
     """Everything, as marlune/tables/data_tables_sources.json has it. Do not change it."""
-    verified = json.loads(VERIFIED.read_text("utf-8")) if VERIFIED.exists() else {}
+    verified = last_verified()
     documents = tomllib.loads((FOLDER / "documents.toml").read_text("utf-8"))
     read, tables, seen, used = families(), {}, {}, set()
     for family in read:
@@ -338,6 +359,7 @@ def cells_of(name, column, entry):
     marks = [f"{told(entry[kind])} {kind}" for kind in kinds if entry[kind]]
     verified = [
         f"{each['document']} {each['equal']} of {each['cells']}"
+        + (" computed" if each["computed"] else "")
         + (f", {sum(each['declared'].values())} declared" if each["declared"] else "")
         for each in entry["verified"]
     ]

@@ -14,6 +14,16 @@ root_options=(
   --dpkgopt=force-unsafe-io
 )
 unread=(doc info locale man)
+# Files and folders that the command is to see beside its own.
+shown=()
+
+# Lets the command see those of its arguments that are files or folders.
+show_files() {
+  local path
+  for path in "$@"; do
+    [ ! -e "$path" ] || shown+=("$(realpath -s -- "$path")")
+  done
+}
 
 has_python() {
   command -v python3.14 >/dev/null &&
@@ -150,6 +160,13 @@ enter_root() {
     *) options+=(--bind "$caller" "$caller" --chdir "$caller") ;;
   esac
   options+=(--bind "$here" "$here")
+  local path
+  for path in "${shown[@]}"; do
+    case $path/ in
+      /usr/* | /etc/* | /dev/* | /proc/* | /sys/* | //) fail "move it elsewhere: $path" ;;
+      *) options+=(--bind "$(readlink -f -- "$path")" "$path") ;;
+    esac
+  done
   [ -z "${DATA_TABLES_NPM:-}" ] || options+=(--ro-bind "$DATA_TABLES_NPM" "$DATA_TABLES_NPM")
   # An interrupt is for the command in there, which may go on after it.
   trap '' INT QUIT

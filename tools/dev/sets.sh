@@ -27,5 +27,8 @@ set_is types 'type checkers, and Node for the one from npm' \
 set_is browser 'Chromium, for the atlas' \
   '.selenium chromium chromedriver node' \
   'python3-selenium chromium chromium-driver nodejs fonts-dejavu-core'
+set_is verify 'readers of publications, and a writer of workbooks for their tests' \
+  'pdftotext prlimit .openpyxl .xlrd .rdata .xlwt' \
+  'poppler-utils python3-openpyxl python3-xlrd python3-rdata python3-xlwt'
 set_is bench 'what the module is measured with and against' \
   'cython3 perf valgrind .orjson' 'cython3 linux-perf valgrind python3-orjson'

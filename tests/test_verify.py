@@ -1,0 +1,388 @@
+"""`./dev verify` over documents made here: the module's values in the form of each publication."""
+
+# ./dev adds: verify
+
+import gzip
+import io
+import json
+import struct
+import sys
+import zipfile
+from decimal import ROUND_HALF_UP, Decimal
+from fnmatch import fnmatchcase
+from pathlib import Path
+
+import openpyxl
+import pytest
+import xlwt
+
+sys.path[:0] = [str(Path(__file__).parents[1] / "tools" / part) for part in ("verify", "")]
+
+import chile
+import formats
+import record
+import society_of_actuaries
+import spain_boe
+import spain_studies
+import verify
+from compare import HELD
+
+FACTS = record.load()
+PAGE = 45  # rows
+
+
+def as_printed(document):
+    """The figures of a document by column and age: held values, but for declared differences."""
+    columns = {}
+    for table, column in sorted(FACTS.claims[document]):
+        held = HELD[table, column]
+        figures = columns[table, column] = dict(held)
+        for declared in FACTS.declared:
+            name = f"{table} {column}"
+            if document not in declared.documents or not fnmatchcase(name, declared.columns):
+                continue
+            if declared.kind == "rounded":
+                digits = Decimal("0.001" if table.startswith("PER") else "0.000001")
+                rounded = {age: rate.quantize(digits, ROUND_HALF_UP) for age, rate in held.items()}
+                figures |= rounded
+            for age, figure in declared.cells.items():
+                if declared.kind == "not_printed":
+                    del figures[age]
+                else:
+                    repeated = held[max(held)] if declared.kind == "repeats" else Decimal("0.5")
+                    figures[age] = repeated if figure is None else figure
+    return columns
+
+
+# ---- forms: a text or the bytes of a document, from its figures ----
+
+
+def pdf(pages):
+    objects = ["<</Type/Catalog/Pages 2 0 R>>", "", "<</Type/Font/Subtype/Type1/BaseFont/Courier>>"]
+    for page in pages:
+        text = "".join(f"({line}) Tj T*\n" for line in page)
+        stream = f"BT /F1 5 Tf 6 TL 20 800 Td\n{text}ET"
+        objects.append(
+            f"<</Type/Page/Parent 2 0 R/MediaBox[0 0 842 842]/Contents {len(objects) + 2} 0 R"
+            "/Resources<</Font<</F1 3 0 R>>>>>>"
+        )
+        objects.append(f"<</Length {len(stream)}>>stream\n{stream}\nendstream")
+    kids = " ".join(f"{number} 0 R" for number in range(4, len(objects) + 1, 2))
+    objects[1] = f"<</Type/Pages/Kids[{kids}]/Count {len(pages)}>>"
+    written, places = "%PDF-1.4\n", []
+    for number, body in enumerate(objects, 1):
+        places.append(len(written))
+        written += f"{number} 0 obj{body}endobj\n"
+    table = "0000000000 65535 f \n" + "".join(f"{place:010} 00000 n \n" for place in places)
+    size = len(objects) + 1
+    end = f"xref\n0 {size}\n{table}trailer<</Size {size}/Root 1 0 R>>\nstartxref\n{len(written)}\n"
+    return (written + end + "%%EOF").encode("latin-1")
+
+
+def spanish(figure, decimals):
+    return "" if figure is None else f"{figure:.{decimals}f}".replace(".", ",")
+
+
+def gazette(printed, reverse=False):
+    pages, heads = [], list(spain_boe.ANNEXES)
+    for group in (heads[:2], heads[2:4], heads[4:5], heads[5:6], heads[6:]):
+        title = "   ".join(f"Anexo {annex} {name}_orden" for annex, name in group)
+        rows = []
+        for age in range(121):
+            cells = [
+                gazette_cell(printed, table, column, age)
+                for table, columns in map(spain_boe.ANNEXES.get, group)
+                for column in columns
+            ]
+            if all(cells):
+                rows.append("   ".join([str(age), *cells]))
+        pages += [[title, *rows[at : at + PAGE]] for at in range(0, len(rows), PAGE)]
+    return pdf(pages[::-1] if reverse else pages)
+
+
+def gazette_cell(printed, table, column, age):
+    if column.startswith("loading of mi"):
+        return "0,0000"
+    if column.startswith("loading"):
+        column = column.split()[-1]
+        first, second = HELD[table, column], HELD[table.replace("1o", "2o"), column]
+        loaded = age in first and age in second
+        return spanish(100 - first[age] * 100 / second[age] if loaded else Decimal(0), 2) + "%"
+    decimals = 3 if table.startswith("PER") and column.startswith("qx") else 4
+    return spanish(printed[table, column].get(age), decimals)
+
+
+def study(printed, reverse=False):
+    rows = []
+    for age in range(121):
+        figures = [printed[column].get(age) for column in spain_studies.PASEM_COLUMNS]
+        if figures[0] is not None:
+            rows.append("   ".join([str(age), *(spanish(figure, 6) for figure in figures)]))
+    rows = [" ".join(spain_studies.PASEM_HEAD), *rows]
+    pages = [rows[at : at + PAGE] for at in range(0, len(rows), PAGE)]
+    return pdf(pages[::-1] if reverse else pages)
+
+
+def sheet(heads, printed, columns, reverse=False):
+    """Rows of age and figures under heads; a head row may be shorter than the rows."""
+    ages = sorted({age for column in columns for age in printed[column]}, reverse=reverse)
+    rows = ([age, *(printed[column].get(age) for column in columns)] for age in ages)
+    return heads + [
+        [float(cell) if isinstance(cell, Decimal) else cell for cell in row]
+        for row in rows
+        if set(row[1:]) != {None}
+    ]
+
+
+def xlsx(sheets):
+    book = openpyxl.Workbook()
+    book.remove(book.active)
+    for name, rows in sheets.items():
+        target = book.create_sheet(name)
+        for row in rows:
+            target.append(row)
+    book.save(packed := io.BytesIO())
+    return packed.getvalue()
+
+
+def dav(printed, reverse=False):
+    orders = {"1o": "1. Ordnung", "2o": "2. Ordnung"}
+    bases = [
+        (f"DAV2004R_{shape}_{order}", f"qx_{sex}{key}")
+        for shape, key in (("Agg", ""), ("SelUlt", ".ult"))
+        for order in orders
+        for sex in "mf"
+    ]
+    trends = [("DAV2004R_Agg_2o", f"MI_{sex}.{year}") for year in (2004, 2024) for sex in "mf"]
+    trends += [("DAV2004R_Agg_1o", f"MI_{sex}") for sex in "mf"]
+    kinds = {"2004": "Starttrend", "2024": "Zieltrend"}
+    base_heads = [
+        [None, *("Selektionstafel" if "ult" in key else "Aggregattafel" for _, key in bases)],
+        [None, *("qx(1999)" for _ in bases)],
+        [None, *(orders[table[-2:]] for table, _ in bases)],
+        ["Alter", *("Männer" if "_m" in key else "Frauen" for _, key in bases)],
+    ]
+    trend_heads = [
+        [None, *("F" for _ in trends)],  # a merged cell holds its text on the left
+        [None, *(kinds.get(key[5:], "Trend") if "_m" in key else None for _, key in trends)],
+        [None, *(f" {orders[table[-2:]]}" for table, _ in trends)],
+        base_heads[3][: len(trends) + 1],
+    ]
+    factors = [[n, 0.670538, 0.712823] if n == 1 else [n, 0.876209, 0.79823] for n in range(1, 6)]
+    return xlsx({
+        "Trends": sheet(trend_heads, printed, trends, reverse),
+        "Basistafeln": sheet(base_heads, printed, bases, reverse),
+        "Selektionsfaktoren": [["Faktoren"], [None, "Männer", "Frauen"], *factors],
+    })
+
+
+def supervisor(printed, reverse=False):
+    sheets = {}
+    for name, table in (
+        ("Vejez-Mujeres", "RV_M_2020"), ("Invalidez-Mujeres", "MI_M_2020"),
+        ("Sobrevivencia-Mujeres", "B_M_2020"), ("Vejez-Hombres", "CB_H_2020"),
+        ("Invalidez-Hombres", "MI_H_2020"), ("Sobrevivencia-Hombres", "CB_H_2020"),
+    ):  # fmt: skip
+        family, sex, _ = table.split("_")
+        key = {"H": "m", "M": "f"}[sex]
+        grid = [(table, f"mi_{key}.{year}") for year in range(2021, 2037)]
+        columns = [(table, f"qx_{key}"), *grid]
+        title = f"TABLA {family}-2020 - {'HOMBRES' if sex == 'H' else 'MUJERES'}"
+        years = [int(year) if year.isdigit() else year for year in chile.YEARS]
+        heads = [[title], ["Edad", "qx 2020", "Factores"], [None, None, *years]]
+        old = [["TABLA CB-2014-HOMBRES", None], ["Edad", None], *[[None, None]] * 200]
+        rows = sheet(heads, printed, columns, reverse)
+        sheets[name] = [left + right for left, right in zip(old, rows)]
+    return xlsx(sheets)
+
+
+def cmi(printed, reverse=False):
+    book = xlwt.Workbook()
+    for name, key in (("AM92", "qx_m"), ("AF92", "qx_f")):
+        columns = [("AM92_AF92", f"{key}.{label}") for label in (0, 1, "ult")]
+        heads = [["Permanent Assurances"], ["Age x", "Duration 0", "Duration 1", "Durations 2+"]]
+        target = book.add_sheet(name)
+        for at, row in enumerate(sheet(heads, printed, columns, reverse)):
+            for cell, value in enumerate(row):
+                if value is not None:
+                    target.write(at, cell, value)
+    book.save(packed := io.BytesIO())
+    return packed.getvalue()
+
+
+def peai(printed, reverse=False):
+    columns = [("PEAI2007_IAP_Col", "ix_m"), ("PEAI2007_IAP_Col", "ix_f")]
+    heads = [["Ed", "ad ix (Hom", "bres) iy (Mujeres)"]]
+    return xlsx({"Sheet1": sheet(heads, printed, columns, reverse)})
+
+
+def xtbml(number):
+    def form(printed, reverse=False):
+        tables = []
+        table, column = society_of_actuaries.COLUMNS[number]
+        last = f"{column}.ult" if (table, f"{column}.ult") in printed else column
+        if last != column:
+            select = [printed[table, f"{column}.{duration}"] for duration in (0, 1)]
+            rows = (
+                f'<Axis t="{age}"><Axis>'
+                + "".join(f'<Y t="{n}">{at.get(age, "")}</Y>' for n, at in enumerate(select, 1))
+                + "</Axis></Axis>"
+                for age in sorted(select[1], reverse=reverse)
+            )
+            tables.append("".join(rows))
+        rates = sorted(printed[table, last].items(), reverse=reverse)
+        rows = (f'<Y t="{age}">{rate}</Y>' for age, rate in rates)
+        tables.append(f"<Axis>{''.join(rows)}</Axis>")
+        scale = "<MetaData><ScalingFactor>0</ScalingFactor></MetaData>"
+        inside = "".join(f"<Table>{scale}<Values>{each}</Values></Table>" for each in tables)
+        head = f"<TableIdentity>{number}</TableIdentity>"
+        head = f"<ContentClassification>{head}</ContentClassification>"
+        return f"<XTbML>{head}{inside}</XTbML>".encode()
+
+    return form
+
+
+def text(head, columns):
+    def form(printed, reverse=False):
+        ages = sorted(printed[columns[0]], reverse=reverse)
+        rows = [[age, *(printed[column][age] for column in columns)] for age in ages]
+        return "\n".join(",".join(map(str, row)) for row in [head.split(","), *rows]).encode()
+
+    return form
+
+
+def r_data(printed, reverse=False):
+    """A data frame as R saves it: numbers big-endian, each object after its kind."""
+
+    def symbol(name):
+        return struct.pack(">iii", 1, 0x40009, len(name)) + name.encode()
+
+    def texts(*names):
+        return struct.pack(">ii", 16, len(names)) + b"".join(symbol(name)[4:] for name in names)
+
+    rows = sorted(printed["GAM71", "qx_f"].items(), reverse=reverse)
+    numbers = b"".join(
+        struct.pack(f">ii{len(rows)}d", 14, len(rows), *map(float, column)) for column in zip(*rows)
+    )
+    end, entry = struct.pack(">i", 254), struct.pack(">i", 0x402)
+    names = entry + symbol("names") + texts("x", "q")
+    number = entry + symbol("row.names") + struct.pack(">iiii", 13, 2, -(1 << 31), -len(rows))
+    kind = entry + symbol("class") + texts("data.frame")
+    frame = struct.pack(">ii", 0x313, 2) + numbers + names + number + kind + end
+    head = b"RDX2\nX\n" + struct.pack(">iii", 2, 0x30000, 0x20300)
+    return gzip.compress(head + entry + symbol("GAM71F") + frame + end)
+
+
+PEAI_TEXT = "Edad,ix ind Hombre,iy ind Mujer,ix col Hombre,iy col Mujer"
+FORMS = {  # a cell that no other is computed from
+    "BOE-A-2020-17154.pdf": (gazette, "PASEM2020_Dec_2o", "qx_m", 60),
+    "PASEM2010-study.pdf": (study, "PASEM2010", "qx_f", 44),
+    "PEAIMF-2007G(colect).xlsx": (peai, "PEAI2007_IAP_Col", "ix_f", 40),
+    "Germany_Annuities_DAV_2004R.xlsx": (dav, "DAV2004R_Agg_2o", "MI_f.2024", 60),
+    "t825.xml": (xtbml("825"), "GAM83", "qx_f", 108),
+    "t2361.xml": (xtbml("2361"), "AM92_AF92", "qx_f.1", 91),
+    "92series.xls": (cmi, "AM92_AF92", "qx_m.0", 60),
+    "articles-20210_tablas_mort_hist.xlsx": (supervisor, "MI_M_2020", "mi_f.2030", 60),
+    "PASEM2010.csv": (
+        text("Edad,Hombre qx,Mujer qx", [("PASEM2010", "qx_m"), ("PASEM2010", "qx_f")]),
+        "PASEM2010", "qx_m", 100,
+    ),
+    "PEAIMF2007.csv": (
+        text(PEAI_TEXT, [(f"PEAI2007_IAP_{b}", f"ix_{s}") for b in ("Ind", "Col") for s in "mf"]),
+        "PEAI2007_IAP_Ind", "ix_f", 18,
+    ),
+    "gam_71_male.csv": (text("age,qx", [("GAM71", "qx_m")]), "GAM71", "qx_m", 5),
+    "GAM71F.rda": (r_data, "GAM71", "qx_f", 100),
+}  # fmt: skip
+
+
+def run(path, content, capsys):
+    path.write_bytes(content)
+    status = verify.main(["--json", str(path)])
+    answer = json.loads(capsys.readouterr().out)
+    return status, answer["documents"][0]
+
+
+def differences(found):
+    return {
+        (column["table"], column["column"], each["age"], each["printed"], each["held"])
+        for column in found["columns"] for each in column["differences"]
+    }  # fmt: skip
+
+
+@pytest.mark.parametrize("document", FORMS)
+def test_each_form_is_read_and_each_fault_found(document, tmp_path, capsys):
+    form, table, column, age = FORMS[document]
+    path = tmp_path / document
+    for reverse in (False, True):  # pages or rows in another order say the same
+        status, found = run(path, form(as_printed(document), reverse), capsys)
+        assert (status, found["problems"], differences(found)) == (0, [], set())
+        assert found["document"] == document and not found["on_record"]
+        read = {(each["table"], each["column"]) for each in found["columns"]}
+        assert read == FACTS.claims[document]
+
+    changed, held = as_printed(document), HELD[table, column][age]
+    digit = Decimal((0, (1,), held.as_tuple().exponent))
+    changed[table, column][age] = held + digit
+    status, found = run(path, form(changed), capsys)
+    assert status == 1
+    assert differences(found) == {(table, column, age, f"{held + digit:f}", f"{held:f}")}
+
+    missing = as_printed(document)
+    for figures in missing.values():
+        figures.pop(age, None)
+    status, found = run(path, form(missing), capsys)
+    assert status == 1
+    assert (table, column, age, None, f"{held:f}") in differences(found)
+    assert {(age, None)} == {each[2:4] for each in differences(found)}
+
+
+def test_a_declared_difference_that_is_gone_is_told(tmp_path, capsys):
+    printed = as_printed("gam_71_male.csv")
+    printed["GAM71", "qx_m"][110] = Decimal("0.999999")
+    status, found = run(tmp_path / "gam_71_male.csv", FORMS["gam_71_male.csv"][0](printed), capsys)
+    assert status == 1 and "no longer so at age 110" in found["problems"][0]
+
+
+def test_a_table_that_is_not_there_is_told(tmp_path, capsys):
+    book = openpyxl.load_workbook(io.BytesIO(supervisor(as_printed(chile.NAME))))
+    del book["Invalidez-Hombres"]
+    book.save(tmp_path / "edition.xlsx")
+    assert verify.main([str(tmp_path)]) == 1
+    told = capsys.readouterr().out
+    assert "WRONG MI_H_2020 qx_m: the document should hold it and does not" in told
+    assert "NOT the articles-20210_tablas_mort_hist.xlsx on record" in told
+    assert "columns without a document: IASS90 ix_m, SS90TOT ix_m, SS90ABS ix_m" in told
+    assert verify.main(["--all", str(tmp_path)]) == 1
+    assert "on record, but not here: t825.xml" in capsys.readouterr().out
+
+
+def test_a_document_that_cannot_be_read_is_told(tmp_path, capsys, monkeypatch):
+    monkeypatch.setattr(formats, "LARGEST_CONTENT", 1 << 20)
+    bomb = io.BytesIO()
+    with zipfile.ZipFile(bomb, "w", zipfile.ZIP_DEFLATED) as archive:
+        archive.writestr("xl/workbook.xml", bytes(2 << 20))
+    whole, rates = gazette(as_printed(spain_boe.NAME)), FORMS["t825.xml"][0](as_printed("t825.xml"))
+    for content, reason in (
+        (b"", "not a publication"),
+        (b"any text", "not a publication"),
+        (whole[: len(whole) // 3], "damaged"),
+        (whole.replace(b"1,5915", b"1.5915"), "age 0, PASEM2020_Gen_2o qx_f: '1.5915' is not"),
+        (whole.replace(b"1,5915", b"1,5915 7"), "page 4, age 0: 5 figures, not 4"),
+        (pdf([[]]), "there is no text in it"),
+        (b"PK\x03\x04", "damaged"),
+        (bomb.getvalue(), "unpacks to more than 1 MiB"),
+        (xlsx({"Tabelle1": [[1]]}), "not a publication"),
+        (b"\xd0\xcf\x11\xe0 cut off", "damaged"),
+        (gzip.compress(bytes(70 << 20)), "unpacks to more than 64 MiB"),
+        (gzip.compress(b"RDX2\n"), "damaged"),
+        (rates[:-9], "damaged"),
+        (b'<!DOCTYPE a [<!ENTITY b "c">]><a>&b;</a>', "declares a document type"),
+        (rates.replace(b"0.694885", b"O.694885"), "age 108: 'O.694885' is not a figure"),
+        (rates.replace(b'"108"', b'"107"'), "GAM83 qx_f has age 107 twice"),
+        (rates.replace(b"Factor>0<", b"Factor>3<"), "the scaling factor is 3, not 0"),
+    ):  # fmt: skip
+        status, found = run(tmp_path / "document", content, capsys)
+        assert status == 2 and reason in found["unreadable"], (reason, found)
+    assert verify.main([str(tmp_path / "nothing")]) == 2
+    assert "nothing: no such file" in capsys.readouterr().out

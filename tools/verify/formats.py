@@ -1,0 +1,156 @@
+"""Opens a document of any format that publishers use, within bounds that no publication reaches."""
+
+import gzip
+import io
+import os
+import subprocess
+import tempfile
+import xml.etree.ElementTree as ElementTree
+import zipfile
+from pathlib import Path
+
+from printed import Unreadable, number_of
+
+MIB = 1 << 20
+LARGEST_FILE = 64 * MIB
+LARGEST_CONTENT = 256 * MIB  # unpacked
+ROWS, CELLS = 400, 64  # what is read of a sheet
+SUFFIXES = (".pdf", ".xlsx", ".xls", ".xml", ".csv", ".rda")
+
+
+def read_file(path):
+    if not path.is_file():
+        raise Unreadable("no such file")
+    with open(path, "rb") as file:
+        content = file.read(LARGEST_FILE + 1)
+    if len(content) > LARGEST_FILE:
+        raise Unreadable(f"larger than {LARGEST_FILE // MIB} MiB")
+    return content
+
+
+def open_document(content):
+    """The format of a document, told by how it begins, and what is in it."""
+    for beginning, name, opener in (
+        (b"%PDF-", "pdf", pdf_lines),
+        (b"PK\x03\x04", "workbook", xlsx_sheets),
+        (b"\xd0\xcf\x11\xe0", "workbook", xls_sheets),
+        (b"\x1f\x8b", "rda", r_frames),
+        (b"\xef\xbb\xbf<", "xml", xml_root),
+        (b"<", "xml", xml_root),
+        (b"", "csv", csv_rows),
+    ):
+        if content.startswith(beginning):
+            # The bounds of parsers that others wrote: whatever they raise, the file is at fault.
+            try:
+                return name, opener(content)
+            except Unreadable:
+                raise
+            except Exception as error:
+                reason = "".join(filter(str.isprintable, str(error) or type(error).__name__))
+                raise Unreadable(f"damaged, or not what it seems to be: {reason}") from error
+
+
+def pdf_lines(content):
+    """The pages of a PDF, each a list of lines that keep the columns of the page apart."""
+    with tempfile.TemporaryDirectory() as folder:
+        source, text = Path(folder, "source.pdf"), Path(folder, "text")
+        source.write_bytes(content)
+        limits = ["prlimit", "--cpu=60", f"--as={2048 * MIB}", f"--fsize={LARGEST_CONTENT}"]
+        command = ["pdftotext", "-layout", "-enc", "UTF-8", str(source), str(text)]
+        done = subprocess.run(limits + command, capture_output=True, timeout=300)
+        if done.returncode or not text.exists():
+            said = done.stderr.decode(errors="replace").strip().splitlines()
+            raise ValueError(f"pdftotext says {said[-1] if said else 'nothing'}")
+        pages = text.read_text(encoding="utf-8", errors="replace").split("\f")
+    if not any(page.strip() for page in pages):
+        raise Unreadable("there is no text in it: a scan cannot be compared")
+    return [page.splitlines() for page in pages]
+
+
+def xlsx_sheets(content):
+    import openpyxl
+
+    with zipfile.ZipFile(io.BytesIO(content)) as archive:
+        if sum(member.file_size for member in archive.infolist()) > LARGEST_CONTENT:
+            raise Unreadable(f"unpacks to more than {LARGEST_CONTENT // MIB} MiB")
+    book = openpyxl.load_workbook(io.BytesIO(content), read_only=True, data_only=True)
+    return {
+        sheet.title: [
+            list(row)
+            for row in sheet.iter_rows(max_row=ROWS, max_col=CELLS, values_only=True)
+        ]
+        for sheet in book.worksheets
+    }
+
+
+def xls_sheets(content):
+    import xlrd
+
+    with open(os.devnull, "w", encoding="utf-8") as silence:
+        book = xlrd.open_workbook(file_contents=content, logfile=silence)
+    return {
+        sheet.name: [
+            [value if value != "" else None for value in sheet.row_values(row, 0, CELLS)]
+            for row in range(min(sheet.nrows, ROWS))
+        ]
+        for sheet in book.sheets()
+    }
+
+
+class _NoDoctype(ElementTree.TreeBuilder):
+    """Entities can only be declared in a document type, and no table has one."""
+
+    def doctype(self, name, pubid, system):
+        raise Unreadable("declares a document type")
+
+
+def xml_root(content):
+    return ElementTree.fromstring(content, ElementTree.XMLParser(target=_NoDoctype()))
+
+
+def r_frames(content):
+    import rdata  # imported here, for it takes a second
+
+    with gzip.open(io.BytesIO(content)) as packed:
+        unpacked = packed.read(LARGEST_FILE + 1)
+    if len(unpacked) > LARGEST_FILE:
+        raise Unreadable(f"unpacks to more than {LARGEST_FILE // MIB} MiB")
+    frames = rdata.conversion.convert(rdata.parser.parse_data(unpacked))
+    return {name: frame.to_dict("list") for name, frame in frames.items()}
+
+
+def csv_rows(content):
+    text = content.decode("utf-8-sig")
+    return [[cell.strip() for cell in line.split(",")] for line in text.splitlines() if line]
+
+
+# ---- sheets ----
+
+
+def cell_name(sheet, row, cell):
+    letters = ""
+    cell += 1
+    while cell:
+        cell, letter = divmod(cell - 1, 26)
+        letters = chr(ord("A") + letter) + letters
+    return f"{sheet}!{letters}{row + 1}"
+
+
+def text_of(value):
+    return "" if value is None else str(value).strip()
+
+
+def read_columns(sheets, sheet, first_row, age_cell, columns):
+    """Fills columns, each printed under its cell, from the rows whose age cell holds a number."""
+    for number, row in enumerate(sheets[sheet][first_row:], first_row):
+        age = row[age_cell] if age_cell < len(row) else None
+        if age is None or isinstance(age, str):
+            continue  # a heading or a footnote; a lost age is missed by the comparison
+        age_name = cell_name(sheet, number, age_cell)
+        if number_of(age, age_name) != int(age):
+            raise Unreadable(f"{age_name}: {age!r} is not an age")
+        for cell, printed in columns.items():
+            if cell < len(row) and row[cell] is not None:
+                where = cell_name(sheet, number, cell)
+                printed.add(int(age), number_of(row[cell], where), where)
+    return list(columns.values())

@@ -1,0 +1,54 @@
+"""What readers hand over: the figures that a document prints, as decimals."""
+
+import re
+from dataclasses import dataclass, field
+from decimal import Context, Decimal
+
+FIGURE = re.compile(r"\d+(\.\d+)?")
+HIGHEST_AGE = 130
+# The decimal digits that every double keeps, and that spreadsheets show: 0.010946 is sometimes
+# stored as the double beside its own.
+DOUBLE = Context(prec=15)
+
+
+class Unreadable(Exception):
+    """A document, or a figure in it, cannot be read; says where."""
+
+
+@dataclass
+class Printed:
+    """One list of rates as a document prints it."""
+
+    table: str
+    column: str  # the key of the column; after a dot the duration or the calendar year
+    place: str  # where in the document, such as "annex 1.1"
+    computed: bool = False  # from printed figures, rather than printed
+    figures: dict[int, Decimal] = field(default_factory=dict)  # by age
+
+    def add(self, age, figure, where):
+        if age in self.figures:
+            raise Unreadable(f"{where}: {self.table} {self.column} has age {age} twice")
+        self.figures[age] = figure
+
+
+def figure_of(text, where):
+    """The decimal that a text writes with a point."""
+    if not FIGURE.fullmatch(text.strip()):
+        raise Unreadable(f"{where}: {text!r} is not a figure")
+    return Decimal(text.strip())
+
+
+def age_of(text, where):
+    if not (text.isascii() and text.isdigit() and int(text) <= HIGHEST_AGE):
+        raise Unreadable(f"{where}: {text!r} is not an age")
+    return int(text)
+
+
+def number_of(value, where):
+    """The decimal that a double stands for, in a workbook or from R."""
+    if isinstance(value, bool) or not isinstance(value, int | float):
+        raise Unreadable(f"{where}: {value!r} is not a number")
+    number = DOUBLE.create_decimal(repr(value))
+    if not number.is_finite():
+        raise Unreadable(f"{where}: {value!r} is not a number")
+    return number

@@ -1,0 +1,89 @@
+"""What provenance has of documents: their digests, the columns in them, declared differences."""
+
+import tomllib
+from dataclasses import dataclass
+from decimal import Decimal
+from fnmatch import fnmatchcase
+
+import provenance
+
+# What a declared difference may say of the cells that it names.
+KINDS = {
+    "figures": "the document prints these figures",
+    "repeats": "the document repeats the closing rate after omega",
+    "not_held": "the document prints ages that the module does not hold",
+    "not_printed": "the module holds ages that the document does not print",
+    "rounded": "the document prints fewer decimals",
+}
+
+
+@dataclass
+class Declared:
+    documents: list[str]
+    columns: str  # a pattern for "table column"
+    place: str  # a pattern
+    kind: str
+    reason: str
+    cells: dict[int, Decimal | None]  # by age; the printed figure where it is declared
+
+    def concerns(self, document, printed):
+        return (
+            document in self.documents
+            and fnmatchcase(f"{printed.table} {printed.column}", self.columns)
+            and fnmatchcase(printed.place, self.place)
+        )
+
+
+@dataclass
+class Record:
+    digests: dict[str, str]  # of each document, by its name
+    rows: dict[tuple[str, str], str]  # the row of provenance that a list of rates belongs to
+    claims: dict[str, set[tuple[str, str]]]  # the lists that each document should hold
+    without: list[str]  # published columns that no document holds
+    declared: list[Declared]
+
+
+def ages_of(text):
+    """The ages of a list such as "63, 69, 75-77"."""
+    ages = {}
+    for part in text.split(","):
+        first, _, last = part.strip().partition("-")
+        ages |= dict.fromkeys(range(int(first), int(last or first) + 1))
+    return ages
+
+
+def figures_of(text):
+    """The figures of a list such as "63: 3.612, 69: 6.031"."""
+    pairs = (part.split(":") for part in text.split(","))
+    return {int(age): Decimal(figure.strip()) for age, figure in pairs}
+
+
+def declarations(entry):
+    (kind,) = KINDS.keys() & entry.keys()
+    common = (entry.get("place", "*"), kind, entry["reason"])
+    if kind == "figures":
+        for columns, figures in entry[kind].items():
+            yield Declared(entry["documents"], columns, *common, figures_of(figures))
+        return
+    cells = {} if kind == "rounded" else ages_of(entry[kind])
+    yield Declared(entry["documents"], entry["columns"], *common, cells)
+
+
+def load():
+    register = provenance.register()
+    rows, claims, without = {}, {}, []
+    for table, facts in register["tables"].items():
+        for row, entry in facts["columns"].items():
+            key, labels = entry["key"], entry["labels"]
+            names = [key] if labels is None else [f"{key}.{label}" for label in labels]
+            rows |= {(table, name): row for name in names}
+            if entry["same_as"]:
+                continue
+            for document in entry["documents"]:
+                claims.setdefault(document, set()).update((table, name) for name in names)
+            if entry["published"] and not entry["documents"]:
+                without.append(f"{table} {row}")
+    digests = {name: facts["sha256"] for name, facts in register["documents"].items()}
+    entries = tomllib.loads(provenance.DECLARED.read_text(encoding="utf-8"))["declared"]
+    declared = [item for entry in entries for item in declarations(entry)]
+    return Record(digests, rows, claims, without, declared)

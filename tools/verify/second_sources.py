@@ -1,0 +1,54 @@
+"""Copies of other authors: GAM 71 as text and from R, PEAIM/F-2007 and PASEM 2010 as text."""
+
+from printed import Printed, Unreadable, age_of, figure_of, number_of
+
+# Each by its head: name of the document, and table and column of each cell.
+TEXTS = {
+    ("Edad", "Hombre qx", "Mujer qx"): (
+        "PASEM2010.csv",
+        [("PASEM2010", "qx_m"), ("PASEM2010", "qx_f")],
+    ),
+    ("Edad", "ix ind Hombre", "iy ind Mujer", "ix col Hombre", "iy col Mujer"): (
+        "PEAIMF2007.csv",
+        [
+            ("PEAI2007_IAP_Ind", "ix_m"),
+            ("PEAI2007_IAP_Ind", "ix_f"),
+            ("PEAI2007_IAP_Col", "ix_m"),
+            ("PEAI2007_IAP_Col", "ix_f"),
+        ],
+    ),
+}
+GAM = {"gam_71_male.csv": "qx_m", "gam_71_female.csv": "qx_f"}  # told apart by name only
+FRAMES = {"GAM71M": "qx_m", "GAM71F": "qx_f"}
+
+
+def identify(form, content, file_name):
+    if form == "rda":
+        return next((f"{frame}.rda" for frame in FRAMES if frame in content), None)
+    if form != "csv" or not content:
+        return None
+    if content[0] == ["age", "qx"] and file_name in GAM:
+        return file_name
+    return TEXTS.get(tuple(content[0]), [None])[0]
+
+
+def read(name, content):
+    if isinstance(content, dict):
+        return [frame(content, name.removesuffix(".rda"))]
+    columns = [("GAM71", GAM[name])] if name in GAM else TEXTS[tuple(content[0])][1]
+    printed = [Printed(*column, "second source") for column in columns]
+    for number, row in enumerate(content[1:], 2):
+        age = age_of(row[0], f"line {number}")
+        if len(row) != len(printed) + 1:
+            raise Unreadable(f"line {number}: {len(row) - 1} figures, not {len(printed)}")
+        for column, text in zip(printed, row[1:]):
+            column.add(age, figure_of(text, f"line {number}"), f"line {number}")
+    return printed
+
+
+def frame(frames, name):
+    """A life table in R: ages x, rates q."""
+    printed = Printed("GAM71", FRAMES[name], "second source")
+    for age, rate in zip(frames[name]["x"], frames[name]["q"]):
+        printed.add(int(age), number_of(float(rate), f"age {age}"), f"age {age}")
+    return printed

@@ -1,0 +1,212 @@
+"""Compare publications with the module, digit by digit: every figure that a document prints.
+
+usage: ./dev verify [--json] [--all | --record] DOCUMENT…
+
+DOCUMENT   a file, or a folder with files, as the publisher issued them: docs/verifying.md
+--json     print the answer for machines
+--all      fail as well when a document on record is not among them, or when provenance tells
+           another result of the last verification
+--record   write the result into provenance/verified.json, where all is well
+
+Exit status: 0 when every figure is equal or differs as declared, 1 when one does not,
+2 when a document cannot be read or is none of those known.
+"""
+
+import hashlib
+import json
+import sys
+from collections import Counter
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
+
+import chile
+import cmi
+import germany_dav
+import provenance
+import record
+import second_sources
+import society_of_actuaries
+import spain_boe
+import spain_studies
+from compare import compare
+from formats import SUFFIXES, open_document, read_file
+from printed import Unreadable
+
+READERS = (
+    spain_boe, spain_studies, germany_dav, society_of_actuaries, cmi, chile, second_sources,
+)  # fmt: skip
+# What a reader runs into where a document of a known form lacks what the form has.
+MALFORMED = (ArithmeticError, AttributeError, LookupError, TypeError, ValueError)
+
+
+def files_of(arguments):
+    """The files that are named, and those of named folders that may be documents."""
+    for argument in map(Path, arguments):
+        if argument.is_dir():
+            inside = sorted(path for path in argument.rglob("*") if path.is_file())
+            yield from (path for path in inside if path.suffix.lower() in SUFFIXES)
+        else:
+            yield argument
+
+
+def verify(path, facts):
+    """What one file says, as the answer for machines has it."""
+    answer = {"file": str(path), "document": None}
+    try:
+        content = read_file(path)
+        answer["sha256"] = hashlib.sha256(content).hexdigest()
+        form, content = open_document(content)
+        readers = ((reader, reader.identify(form, content, path.name)) for reader in READERS)
+        reader, name = next((found for found in readers if found[1]), (None, None))
+        if reader is None:
+            raise Unreadable("not a publication that values of the module were read from")
+        on_record = facts.digests[name] == answer["sha256"]
+        compared, problems = compare(facts, name, list(reader.read(name, content)))
+    except (Unreadable, OSError) as error:
+        return answer | {"unreadable": getattr(error, "strerror", None) or str(error)}
+    except MALFORMED as error:
+        reason = f"{type(error).__name__}: {error}"
+        return answer | {"unreadable": f"not in the form that is known ({reason})"}
+    columns = [line_of(column, facts.rows) for column in compared]
+    found = {"document": name, "on_record": on_record, "columns": columns, "problems": problems}
+    return answer | found
+
+
+def line_of(compared, rows):
+    """A compared column, as the answer for machines has it."""
+    printed = compared.printed
+    return {
+        "table": printed.table,
+        "column": printed.column,
+        "row": rows[printed.table, printed.column],
+        "place": printed.place,
+        "computed": printed.computed,
+        "cells": len(printed.figures),
+        "equal": compared.equal,
+        "declared": compared.declared,
+        "not_printed": compared.not_printed,
+        "differences": [
+            {"age": age, "printed": shown(figure), "held": shown(rate)}
+            for age, figure, rate in compared.differences
+        ],
+    }
+
+
+def shown(value):
+    return None if value is None else f"{value:f}"
+
+
+def summed(columns):
+    """Cells, equal ones, declared ones by reason, of several columns."""
+    sums = {name: sum(column[name] for column in columns) for name in ("cells", "equal")}
+    for name in ("declared", "not_printed"):
+        counts = Counter()
+        for column in columns:
+            counts.update({reason: len(ages) for reason, ages in column[name].items()})
+        sums[name] = dict(counts)
+    return sums | {"undeclared": sum(len(column["differences"]) for column in columns)}
+
+
+def grouped(columns, *by):
+    groups = {}
+    for column in columns:
+        groups.setdefault(tuple(column[name] for name in by), []).append(column)
+    return groups.items()
+
+
+def verified_of(answers):
+    """What provenance tells of every column: an entry for each document and place."""
+    verified = {}
+    for answer in sorted(answers, key=lambda answer: str(answer["document"])):
+        for (table, row, computed), columns in grouped(
+            answer.get("columns", []), "table", "row", "computed"
+        ):
+            sums = summed(columns)
+            verified.setdefault(f"{table} {row}", []).append({
+                "document": answer["document"],
+                "computed": computed,
+                "digest": provenance.register()["tables"][table]["columns"][row]["digest"],
+                **{name: sums[name] for name in ("cells", "equal", "declared")},
+            })
+    return verified
+
+
+# ---- what a person reads ----
+
+
+def tell(answer):
+    """The lines about one document."""
+    if "unreadable" in answer:
+        yield f"{answer['file']}: {answer['unreadable']}"
+        return
+    yield answer["file"]
+    if not answer["on_record"]:
+        yield f"  NOT the {answer['document']} on record: its SHA-256 is {answer['sha256']}"
+    for (table, row, place), columns in grouped(answer["columns"], "table", "row", "place"):
+        sums = summed(columns)
+        told = [f"{table} {row}, {place}: {sums['equal']} of {sums['cells']} equal"]
+        told += [f"{count} {reason}" for reason, count in sums["declared"].items()]
+        told += [f"{count} more held: {reason}" for reason, count in sums["not_printed"].items()]
+        yield "  " + "; ".join(told)
+        for column in columns:
+            for each in column["differences"]:
+                cell = f"{table} {column['column']} age {each['age']}"
+                printed, held = each["printed"] or "nothing", each["held"] or "nothing"
+                yield f"    DIFFERS {cell}: printed {printed}, held {held}"
+    for problem in answer["problems"]:
+        yield f"  WRONG {problem}"
+
+
+def tell_totals(totals):
+    for kind, what in (("printed", "figures"), ("computed", "rates computed from figures")):
+        sums = totals[kind]
+        yield (
+            f"{sums['cells']} {what}: {sums['equal']} equal, {sum(sums['declared'].values())} "
+            f"different as declared, {sums['undeclared']} undeclared"
+        )
+        for name, word in (("declared", "declared"), ("not_printed", "held, not printed")):
+            yield from (f"  {word}: {count} {why}" for why, count in sums[name].items())
+
+
+def main(arguments):
+    options = {argument for argument in arguments if argument.startswith("--")}
+    paths = [argument for argument in arguments if argument not in options]
+    if options - {"--json", "--all", "--record"} or not paths:
+        sys.exit(__doc__)
+    facts = record.load()
+    answers = [verify(path, facts) for path in files_of(paths)]
+    columns = [column for answer in answers for column in answer.get("columns", [])]
+    totals = {
+        "printed": summed([column for column in columns if not column["computed"]]),
+        "computed": summed([column for column in columns if column["computed"]]),
+    }
+    problems = [] if answers else ["no document is named"]
+    if options & {"--all", "--record"}:
+        here = {answer["document"] for answer in answers if answer.get("on_record")}
+        absent = sorted(facts.digests.keys() - here)
+        problems += [f"on record, but not here: {name}" for name in absent]
+    wrong = any(answer.get("problems") for answer in answers) or problems
+    wrong = wrong or totals["printed"]["undeclared"] + totals["computed"]["undeclared"]
+    unreadable = any("unreadable" in answer for answer in answers)
+    verified = verified_of(answers)
+    if "--record" in options and not (wrong or unreadable):
+        lines = (f"{json.dumps(column)}: {json.dumps(of)}" for column, of in verified.items())
+        provenance.VERIFIED.write_text("{\n" + ",\n".join(lines) + "\n}\n", encoding="utf-8")
+    elif "--all" in options and verified != provenance.last_verified():
+        problems.append("provenance tells another result of the last verification: --record")
+    if "--json" in options:
+        answer = {"documents": answers, "totals": totals, "problems": problems}
+        answer["without_document"] = facts.without
+        print(json.dumps(answer, ensure_ascii=False, indent=1))
+    else:
+        for answer in answers:
+            print(*tell(answer), sep="\n")
+        print(f"\n{len(answers)} documents", *tell_totals(totals), sep="\n")
+        print(f"columns without a document: {', '.join(facts.without) or 'none'}")
+        print(*(f"WRONG {problem}" for problem in problems), sep="\n", end="\n" if problems else "")
+    return 2 if unreadable else int(bool(wrong or problems))
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))
