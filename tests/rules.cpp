@@ -1,6 +1,7 @@
 // Breaks every rule that payload descriptions are proved by, one after the other, and prints for each
 // break a part of the sentence that should answer it, a tab, and the answer.
 
+#include "payload/decimals.hpp"
 #include "payload/invariants.hpp"
 #include "payload/key_orders.hpp"
 
@@ -19,6 +20,7 @@ Rates ages(Number at_65, Number at_66, Number at_67, Number at_68) {
 }
 const Rates first = ages(0.1, 0.2, 0.4, 1.0), second = ages(0.2, 0.3, 0.5, 1.0);
 const Rates ultimate = ages(0.3, 0.4, 0.6, 1.0), trend = ages(0.1, 0.01, 0.0, 0.0);
+constexpr Number half[] = {0.00000005};
 const Column qx_m = flat("qx_m", ultimate), mi_m = flat("mi_m", trend);
 const Column by_select =
     select_mapping("qx_m", {{1, first}, {2, second}, {Label::ult(), ultimate}});
@@ -77,6 +79,10 @@ Columns mi(Number at_65, Number at_66, Number at_67, Number at_68) {
 Columns durations(Label one, Label two, Label last) {
   return {select_mapping("qx_m", {{one, first}, {two, second}, {last, ultimate}}), grid};
 }
+Columns second_duration(Number at_65, Number at_66, Number at_67, Number at_68) {
+  const Rates rates = ages(at_65, at_66, at_67, at_68);
+  return {select_mapping("qx_m", {{1, first}, {2, rates}, {Label::ult(), ultimate}}), grid};
+}
 const Column no_ult = duration_grid("mi_m", {{1, trend}, {2, trend}, {3, trend}});
 
 // The keys of a static table without some, then others.
@@ -95,7 +101,7 @@ int main() {
   BREAK("a name or the description is empty", fixed, t.attribute = "");
   BREAK("a name or the description is empty", fixed, t.table_name = "");
   BREAK("a name or the description is empty", fixed, t.description = "");
-  BREAK("without base year", aggregate, t.exceptions.base_year_none_and_no_mi_scale_factor = true);
+  BREAK("without base year", aggregate, t.oddities.base_year_none_and_no_mi_scale_factor = true);
   BREAK("or improvement rates without a base year", aggregate, t.base_year.reset());
   BREAK("a base year without improvement rates", fixed, t.base_year = 2020);
   BREAK("on base_year", fixed, t.order = key_order::static_with_base_year);
@@ -129,12 +135,12 @@ int main() {
   BREAK("not a number between 0 and", fixed, t.data = qx(0.3, NAN, 0.6, 1.0));
   BREAK("not a number between 0 and", fixed, t.data = qx(0.3, 0.4, 1.1, 1.0));
   BREAK("stands below omega", fixed, t.data = qx(0.3, 0.4, 1.0, 1.0));
-  BREAK("stands below omega", fixed, t.exceptions.male_certain_from = 67);
+  BREAK("stands below omega", fixed, t.oddities.male_certain_from = 67);
   BREAK("the certain decrement, as a float", fixed, t.data = qx(0.3, 0.4, 0.6, 1));
   BREAK("the certain decrement, as a float", fixed, t.data = qx(0.3, 0.4, 0.6, 0.9));
   BREAK("the certain decrement, as a float", fixed, t.unit = Unit::per_mille);
-  BREAK("declares as its exception", fixed, t.exceptions.last_decrement = 0.9);
-  BREAK("declares as its exception", fixed, t.exceptions.last_decrement = 1);
+  BREAK("declares as its exception", fixed, t.oddities.last_decrement = 0.9);
+  BREAK("declares as its exception", fixed, t.oddities.last_decrement = 1);
   BREAK("ordinary rate", fixed, t.table_type = TableType::disability;
         t.data = {flat("ix_m", ultimate)});
   BREAK("ordinary rate", fixed, t.table_type = TableType::disability;
@@ -167,14 +173,15 @@ int main() {
   BREAK("do not end in", selected, t.data = durations(0, 1, 2));
   BREAK("do not end in", selected, t.data = (Columns{by_select, no_ult}));
   BREAK("in a table that is not select", aggregate, t.data = (Columns{qx_m, no_ult}));
-  BREAK("is not below the ultimate", selected,
-        t.data = (Columns{
-            select_mapping("qx_m", {{1, first}, {2, ultimate}, {Label::ult(), ultimate}}), grid}));
-  BREAK("is not below the ultimate", selected,
-        t.exceptions.ultimate_from = (Bounded<int, 5>{68, 67}));
-  BREAK("declare for every numbered duration", selected, t.exceptions.ultimate_from = {68});
-  // What a description cannot come to as long as the rest holds.
-  BREAK("beyond the last level", fixed, invariants::rate_at(ultimate, 4));
-  BREAK("nobody has heard of", fixed, Rates odd; odd.origin = Rates::Origin{99};
-        invariants::rate_at(odd, 0));
+  BREAK("is not below the ultimate", selected, t.data = second_duration(0.2, 0.5, 0.6, 1.0));
+  BREAK("nor that rate from there on", selected, t.data = second_duration(0.3, 0.3, 0.6, 1.0));
+
+  // What a description cannot come to as long as the rest holds, and what rules are computed with.
+  BREAK("nobody has heard of", fixed, Rates odd; odd.origin = Rates::Origin{99}; numbers_of(odd));
+  BREAK("can round", fixed, BaseVector base{"", half}; numbers_of(rounded(base, 1.0)));
+  BREAK("more decimals than", fixed, decimal_units(0.125, 2));
+  BREAK("more digits than", fixed, from_decimal_units((std::int64_t{1} << 53) + 1, 0));
+  BREAK("more digits than", fixed, from_decimal_units(1, 16));
+  BREAK("has room for", fixed, t.data = (Columns{qx_m, qx_m, qx_m, qx_m, qx_m}));
+  BREAK("has room for", fixed, Columns(&qx_m, 5));
 }

@@ -353,6 +353,6 @@ def test_installation_leaves_room_for_the_rest_of_the_package():
     folder = Path(module.__file__).parent
     assert folder.parts[-2:] == ("marlune", "tables")
     assert {path.name for path in folder.iterdir()} == {
-        "data_tables.pyi", "py.typed", Path(module.__file__).name
+        "data_tables.pyi", "data_tables_sources.json", "py.typed", Path(module.__file__).name
     }  # fmt: skip
     assert [path.name for path in folder.parent.iterdir()] == ["tables"]
