@@ -4,6 +4,7 @@
 import contextlib
 import copy
 import io
+import math
 import re
 import runpy
 import subprocess
@@ -42,11 +43,31 @@ def am92_annuity(rates):
     return value
 
 
-def cmf_rate(age, year):
-    rate = Fraction(repr(module.CB_H_2020["data"]["qx_m"][age]))
-    for each in range(2021, year + 1):
-        rate -= rate * Fraction(repr(module.CB_H_2020["data"]["mi_m"][each][age]))
-    return rate
+def cmf_survival(table, sex, age, interest=0):
+    """The years lived from 2023 on, each counted whole at its start and discounted."""
+    first, last = table["start_age"], table["omega"]
+    value = Fraction(1)
+    for x in reversed(range(age, last)):
+        rate = Fraction(repr(table["data"][f"qx_{sex}"][x - first]))
+        for year in range(2021, 2023 + x - age + 1):
+            factors = table["data"][f"mi_{sex}"][year if year < 2036 else 2036]
+            rate -= rate * Fraction(repr(factors[x - first]))
+        value = 1 + (1 - rate) * value / (1 + interest)
+    return value
+
+
+def dav_annuity(row):
+    """ä of a male of 65 in 2026 at 1.25 %, by the formula of the DAV's workbook, T1 = 5, T2 = 25."""
+    t1, t2, value = 5, 25, 1.0
+    data = module.DAV2004R_Agg_2o["data"]
+    start, target = (data["MI_m"][year] for year in (2004, 2024))
+    for x in reversed(range(65, 121)):
+        t = 2026 + x - 65 - 1999
+        over = (t - t1) * (t - t1 - 1) / 2 / (t2 - t1)
+        weight = t if t <= t1 else t - over if t <= t2 else (t1 + t2 + 1) / 2
+        q = row(x) * math.exp(-target[x] * t - weight * (start[x] - target[x]))
+        value = 1 + (1 - q) * value / 1.0125
+    return value
 
 
 def generational_annuity():
@@ -66,12 +87,26 @@ def select_life():
 
 
 def projected_life():
-    # The supervisor's own figures for 65 in 2020 and 2022.
-    alive = Fraction(1)
-    for t in range(10):
-        alive *= 1 - cmf_rate(65 + t, 2022 + t)
+    # Published by the supervisor, as the press reported it: 0.008526031; 86.6 and 90.8 years.
+    male, female = module.CB_H_2020, module.RV_M_2020
+    ages = [65 + cmf_survival(male, "m", 65) - 0.5, 60 + cmf_survival(female, "f", 60) - 0.5]
+    assert [f"{float(age):.1f}" for age in ages] == ["86.6", "90.8"]
+    annuity = cmf_survival(male, "m", 65, Fraction("0.03"))
     return ["q(65, 2020) = 0.00887369", "q(65, 2022) = 0.008526031",
-            f"10p65 from 2022 = {float(alive):.6f}"]  # fmt: skip
+            "male of 65 in 2023: 86.62", "female of 60 in 2023: 90.80",
+            f"ä65 in 2023 at 3 % = {float(annuity):.6f}"]  # fmt: skip
+
+
+def annuity_by_trend():
+    rates = module.DAV2004R_SelUlt_2o["data"]["qx_m"]
+    aggregate = dav_annuity(module.DAV2004R_Agg_2o["data"]["qx_m"].__getitem__)
+    # The factors that the workbook multiplies the ultimate rates with in the first five years.
+    factors = {65: 0.670538} | dict.fromkeys(range(66, 70), 0.876209)
+    select = dav_annuity(lambda x: rates["ult"][x] * factors.get(x, 1))
+    assert f"{aggregate:.2f}" == "20.55"
+    return ["male of 60 in 2005: 0.004566485, second order 0.005496502",
+            f"ä65 at 1.25 %, aggregate = {aggregate:.6f}",
+            f"ä65 at 1.25 %, select = {select:.6f}"]  # fmt: skip
 
 
 def arrays_and_frames():
@@ -91,7 +126,8 @@ def safe_copy():
     return ["PASEM2010, males plus 10 % - q65 = 0.0139733", "PASEM2010 - q65 = 0.012703"]
 
 
-EXAMPLES = [generational_annuity, select_life, projected_life, arrays_and_frames, safe_copy]
+EXAMPLES = [generational_annuity, select_life, projected_life, annuity_by_trend,
+            arrays_and_frames, safe_copy]  # fmt: skip
 
 
 @pytest.mark.parametrize("expected", EXAMPLES)
@@ -99,6 +135,18 @@ def test_example_prints_the_right_numbers(expected):
     example = TOP / "examples" / f"{expected.__name__}.py"
     done = subprocess.run([sys.executable, example], capture_output=True, text=True, check=False)
     assert [" ".join(line.split()) for line in done.stdout.splitlines()] == expected(), done.stderr
+
+
+def test_dav_rates_are_those_of_the_workbook():
+    """Male, from the sheet q_x_t_ of the DAV's workbook, cells K19, L19, K20, C19 and D19."""
+    example = runpy.run_path(str(TOP / "examples" / "annuity_by_trend.py"))
+    first = module.DAV2004R_SelUlt_1o["data"]
+    of_60, of_61 = (math.exp(-first["MI_m"][x] * (x - 54)) for x in (60, 61))
+    assert first["qx_m"][1][60] * of_60 == pytest.approx(0.00417550984321742, rel=1e-14)
+    assert example["first_order"](60, 2005) == pytest.approx(0.00456648546193578, rel=1e-14)
+    assert first["qx_m"][2][61] * of_61 == pytest.approx(0.00583481766746386, rel=1e-14)
+    assert example["select"](60, 2005, 1) == pytest.approx(0.00502583650141187, rel=1e-14)
+    assert example["aggregate"](60, 2005) == pytest.approx(0.00549650196464437, rel=1e-14)
 
 
 def test_every_example_is_tested():
