@@ -50,7 +50,7 @@ def read(_name, pages):
                 percent = "%" if key[1].startswith("loading of qx") else ""
                 printed.add(int(age), spanish(text, percent, f"{where}, {' '.join(key)}"), where)
     yield from (printed for (_, column), printed in columns.items() if "loading" not in column)
-    yield from products(columns)
+    yield from first_order(columns)
 
 
 def columns_of(head, page):
@@ -67,17 +67,19 @@ def spanish(text, percent, where):
     return Decimal(figure.replace(".", "").replace(",", "."))
 
 
-def products(columns):
-    """First-order rates as the module has them: the second-order rate less the loading."""
-    for business in ("Col", "Ind"):
-        for column in ("qx_f", "qx_m"):
-            first, second = f"PER2020_{business}_1o", f"PER2020_{business}_2o"
-            loadings = columns.get((first, f"loading of {column}"))
-            base = columns.get((second, column))
-            if loadings and base:
-                place = "annex 1.1 less the loading of annex 2.1"
-                yield Printed(first, column, place, computed=True, figures={
-                    age: base.figures[age] * (100 - loading) / 100
-                    for age, loading in loadings.figures.items()
-                    if age in base.figures
-                })
+def first_order(columns):
+    """First order from second order and the loadings, which rates lose and improvement gains."""
+    for key in columns:
+        table, loaded = key[0], key[1].removeprefix("loading of ")
+        base = columns.get((table.replace("1o", "2o"), loaded))
+        if loaded == key[1] or not base:
+            continue
+        loadings = columns[key].figures
+        ages = sorted(loadings.keys() & base.figures.keys())
+        if loaded.startswith("qx"):
+            place = "annex 1.1 less the loading of annex 2.1"
+            figures = {age: base.figures[age] * (100 - loadings[age]) / 100 for age in ages}
+        else:
+            place = "annex 1.1 plus the loading of annex 2.1"
+            figures = {age: base.figures[age] + loadings[age] for age in ages}
+        yield Printed(table, loaded, place, computed=True, figures=figures)
