@@ -346,6 +346,16 @@ def test_each_form_is_read_and_each_fault_found(document, tmp_path, capsys):
     assert {(age, None)} == {each[2:4] for each in differences(found)}
 
 
+def test_the_pages_of_the_sources_are_those_of_the_document(tmp_path, capsys):
+    document = tmp_path / "t825.xml"
+    document.write_bytes(FORMS[document.name][0](as_printed(document.name)))
+    assert not verify.main(["--write", "GAM83", str(document)])
+    page = capsys.readouterr().out.partition("\n")[2]
+    assert page in (verify.provenance.TOP / "tables/published/gam_swiss.hpp").read_text("utf-8")
+    with pytest.raises(SystemExit, match="no figures of GAM71 in there"):
+        verify.main(["--write", "GAM71", str(document)])
+
+
 def test_a_declared_difference_that_is_gone_is_told(tmp_path, capsys):
     printed = as_printed("gam_71_male.csv")
     printed["GAM71", "qx_m"][110] = Decimal("0.999999")

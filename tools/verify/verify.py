@@ -1,12 +1,14 @@
 """Compare publications with the module, digit by digit: every figure that a document prints.
 
 usage: ./dev verify [--json] [--all | --record] DOCUMENT…
+       ./dev verify --write TABLE DOCUMENT…
 
 DOCUMENT   a file, or a folder with files, as the publisher issued them: docs/verifying.md
 --json     print the answer for machines
 --all      fail as well when a document on record is not among them, or when provenance tells
            another result of the last verification
 --record   write the result into provenance/verified.json, where all is well
+--write    print the figures of a table as pages of literals, and compare nothing
 
 Exit status: 0 when every figure is equal or differs as declared, 1 when one does not,
 2 when a document cannot be read or is none of those known.
@@ -23,6 +25,7 @@ sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
 import chile
 import cmi
 import germany_dav
+import page
 import provenance
 import record
 import second_sources
@@ -50,27 +53,38 @@ def files_of(arguments):
             yield argument
 
 
-def verify(path, facts):
-    """What one file says, as the answer for machines has it."""
-    answer = {"file": str(path), "document": None}
+def read(path):
+    """The digest of a file, the document that it is, and the columns that are printed in it."""
     try:
         content = read_file(path)
-        answer["sha256"] = hashlib.sha256(content).hexdigest()
+        digest = hashlib.sha256(content).hexdigest()
         form, content = open_document(content)
-        readers = ((reader, reader.identify(form, content, path.name)) for reader in READERS)
-        reader, name = next((found for found in readers if found[1]), (None, None))
-        if reader is None:
-            raise Unreadable("not a publication that values of the module were read from")
-        on_record = facts.digests[name] == answer["sha256"]
-        compared, problems = compare(facts, name, list(reader.read(name, content)))
-    except (Unreadable, OSError) as error:
-        return answer | {"unreadable": getattr(error, "strerror", None) or str(error)}
+        for reader in READERS:
+            if name := reader.identify(form, content, path.name):
+                return digest, name, list(reader.read(name, content))
+    except OSError as error:
+        raise Unreadable(error.strerror) from error
     except MALFORMED as error:
         reason = f"{type(error).__name__}: {error}"
-        return answer | {"unreadable": f"not in the form that is known ({reason})"}
-    columns = [line_of(column, facts.rows) for column in compared]
-    found = {"document": name, "on_record": on_record, "columns": columns, "problems": problems}
-    return answer | found
+        raise Unreadable(f"not in the form that is known ({reason})") from error
+    raise Unreadable("not a publication that values of the module were read from")
+
+
+def verify(path, facts):
+    """What one file says, as the answer for machines has it."""
+    try:
+        digest, name, printed = read(path)
+    except Unreadable as error:
+        return {"file": str(path), "document": None, "unreadable": str(error)}
+    compared, problems = compare(facts, name, printed)
+    return {
+        "file": str(path),
+        "sha256": digest,
+        "document": name,
+        "on_record": facts.digests[name] == digest,
+        "columns": [line_of(column, facts.rows) for column in compared],
+        "problems": problems,
+    }
 
 
 def line_of(compared, rows):
@@ -169,7 +183,22 @@ def tell_totals(totals):
             yield from (f"  {word}: {count} {why}" for why, count in sums[name].items())
 
 
+def write(table, paths):
+    """Prints the pages of a table; the sources are for people to change."""
+    printed = [column for path in paths for column in read(path)[2] if column.table == table]
+    pages = [page.page_of(column) for column in printed if column.figures and not column.computed]
+    if not pages:
+        raise Unreadable(f"no figures of {table} in there")
+    for lines in pages:
+        print(*lines, sep="\n")
+
+
 def main(arguments):
+    if arguments[:1] == ["--write"] and len(arguments) > 2:
+        try:
+            return write(arguments[1], files_of(arguments[2:]))
+        except Unreadable as error:
+            sys.exit(f"--write: {error}")
     options = {argument for argument in arguments if argument.startswith("--")}
     paths = [argument for argument in arguments if argument not in options]
     if options - {"--json", "--all", "--record"} or not paths:
