@@ -7,8 +7,8 @@
 
 #include <utility>
 
-#if PY_VERSION_HEX >> 16 != 0x030E || defined(PYPY_VERSION)
-#error "data_tables is for CPython 3.14"
+#if PY_VERSION_HEX < 0x030E0000 || PY_VERSION_HEX >= 0x03100000 || defined(PYPY_VERSION)
+#error "data_tables is for CPython 3.14 and 3.15"
 #endif
 #ifdef Py_GIL_DISABLED
 #error "data_tables needs an interpreter with a GIL: this one is free-threaded"

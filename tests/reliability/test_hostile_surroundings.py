@@ -75,7 +75,7 @@ FAILURES = {
     version = ctypes.c_ulong.in_dll(ctypes.pythonapi, "Py_Version")
     page = ctypes.addressof(version) & ~4095  # A constant of the interpreter: made writable.
     assert ctypes.CDLL(None).mprotect(ctypes.c_void_p(page), 8192, 7) == 0
-    version.value = 0x030F00F0""": "RuntimeWarning(\"compile time Python version 3.14 of module",
+    version.value = 0x030D00F0""": "RuntimeWarning(\"compile time Python version 3.1",
     at("_dav_mi_linear", "bind(_dav_mi_linear=5)"): "TypeError(",
     at("_build_dav2004r_data", "bind(_build_dav2004r_data=5)"): "TypeError(",
     at("_DAV2004R_DATA", "module_dict()['_DAV2004R_DATA'].clear()"): "KeyError('Agg_2o')",
@@ -267,9 +267,9 @@ def test_recursion_limit_is_near():
                     assert complete(sys.modules.get(NAME, sys)) == done
                 finally:
                     sys.setrecursionlimit(ordinary)
-        def deep_zip(*lists, levels=30):
-            return deep_zip(*lists, levels=levels - 1) if levels else own_zip(*lists)
-        builtins.zip, done = deep_zip, False
+        def deep(levels, lists):
+            return deep(levels - 1, lists) if levels else own_zip(*lists)
+        builtins.zip, done = lambda *lists: deep(30, lists), False
         assert needs(action) > 30
         module, fractions, done = import_it(), [Fraction(1, 3)] * 3, True
         assert needs(lambda: module._dav_mi_linear(fractions, fractions)) > 3
