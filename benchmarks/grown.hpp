@@ -7,10 +7,10 @@
 
 namespace marlune::tables::grown {
 
-// The values at which rates end, and ints, are the same in every table.
+// The values at which rates end are the same in every table.
 constexpr Number varied(Number number, int copy) {
   const bool end = number.value == 0.0 || number.value == 1.0 || number.value == 1000.0;
-  return number.integer || end ? number : Number(number.value * (1.0 + copy * 0x1p-30));
+  return end ? number : Number(number.value * (1.0 + copy * 0x1p-30));
 }
 
 constexpr std::size_t literals_of(const Payload &table) {
@@ -30,7 +30,8 @@ inline constexpr auto numbers = [] {
   for (const Column &column : table.data) {
     for (const Entry &entry : column.entries) {
       for (const Number &number : entry.rates.literals) {
-        all[next] = varied(number, copy);
+        const bool last = &number == &entry.rates.literals.back();
+        all[next] = last ? number : varied(number, copy);
         ++next;
       }
     }
