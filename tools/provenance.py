@@ -20,7 +20,7 @@ from marlune.tables.data_tables import REPO_TABLES
 TOP = Path(__file__).resolve().parent.parent
 FOLDER = TOP / "provenance"
 VERIFIED = FOLDER / "verified.json"
-DECLARED = FOLDER / "declared.toml"
+NO_FAMILIES = ("documents.toml", "declared.toml")
 REGISTER = TOP / "marlune" / "tables" / "data_tables_sources.json"
 DOCUMENT = TOP / "docs" / "provenance.md"
 MARK = "<!-- What follows is written by `./dev python tools/documents.py --write`. -->\n"
@@ -67,7 +67,7 @@ def read_family(path):
 
 def families():
     """The families in the order of their tables, which every one of them has."""
-    paths = sorted(set(FOLDER.glob("*.toml")) - {FOLDER / "documents.toml", DECLARED})
+    paths = sorted(path for path in FOLDER.glob("*.toml") if path.name not in NO_FAMILIES)
     read = [read_family(path) for path in paths]
     owner = {}
     for name in REPO_TABLES:

@@ -84,6 +84,6 @@ def load():
             if entry["published"] and not entry["documents"]:
                 without.append(f"{table} {row}")
     digests = {name: facts["sha256"] for name, facts in register["documents"].items()}
-    entries = tomllib.loads(provenance.DECLARED.read_text(encoding="utf-8"))["declared"]
+    entries = tomllib.loads((provenance.FOLDER / "declared.toml").read_text(encoding="utf-8"))["declared"]
     declared = [item for entry in entries for item in declarations(entry)]
     return Record(digests, rows, claims, without, declared)
