@@ -36,7 +36,7 @@ WORDS = {
     " doubts",
     "reading": "tables projection select",
     "columns": "columns order basis place documents computed invented",
-    "doubts": "grade columns ages text reconstructed",
+    "doubts": "grade columns ages declared text reconstructed",
 }
 
 
@@ -159,18 +159,30 @@ def only(found, *what):
 
 def doubt_of(doubt, columns):
     """A doubt as the register has it: the columns that it is about, and their ages."""
-    ages = doubt.get("ages", "")
-    by_column = ages if isinstance(ages, dict) else {
-        " ".join(each): ages for each in columns if fnmatchcase(" ".join(each), doubt["columns"])
-    }  # fmt: skip
-    unknown = set(by_column) - {" ".join(each) for each in columns}
-    expect(by_column and not unknown, "a doubt is about no column", unknown or doubt)
+    ages = intervals(doubt["ages"]) if "ages" in doubt else None
+    about = [each for each in map(" ".join, columns) if fnmatchcase(each, doubt["columns"])]
+    by_column = dict.fromkeys(about, ages)
+    if "declared" in doubt:
+        differing = dict(declared_ages(doubt["declared"]))
+        by_column = {each: differing[each] for each in about if each in differing}
+    expect(by_column, "a doubt is about no column", doubt)
     return {
         "grade": doubt["grade"],
         "text": doubt["text"],
         "reconstructed": doubt.get("reconstructed", False),
-        "columns": {column: intervals(of) if of else None for column, of in by_column.items()},
+        "columns": by_column,
     }
+
+
+def declared_ages(reason):
+    """The ages at which a document has other figures for this reason, by column."""
+    for entry in tomllib.loads((FOLDER / "declared.toml").read_text("utf-8"))["declared"]:
+        if entry["reason"] == reason:
+            for column, figures in entry["figures"].items():
+                ages = [int(each.partition(":")[0]) for each in figures.split(",")]
+                firsts = [age for age in ages if age - 1 not in ages]
+                lasts = [age for age in ages if age + 1 not in ages]
+                yield column, [list(pair) for pair in zip(firsts, lasts)]
 
 
 def described(family, name, seen, verified):
