@@ -2,9 +2,8 @@
 
 from marlune.tables.data_tables import REPO_TABLES
 
-PUBLISHED = list(REPO_TABLES)[:32]
-SYNTHETIC = list(REPO_TABLES)[32:]
-DECREMENT = {"life": "qx", "disability": "ix", "exit": "ox"}
+SYNTHETIC = [name for name in REPO_TABLES if name.startswith("Dummy")]
+PUBLISHED = [name for name in REPO_TABLES if name not in SYNTHETIC]
 
 
 def lists_of(column):
@@ -12,14 +11,6 @@ def lists_of(column):
     if isinstance(column, list):
         return [((), column)]
     return [((key,), rates) for key, rates in column.items()]
-
-
-def all_lists():
-    """Every list of every table: (table name, payload, path of keys, list)."""
-    for name, payload in REPO_TABLES.items():
-        for key, column in payload["data"].items():
-            for path, rates in lists_of(column):
-                yield name, payload, (key, *path), rates
 
 
 def differences(name, path, start_age, got, want, agrees=None):

@@ -207,32 +207,6 @@ def test_name_longer_than_the_message_allows_is_cut():
 # ---- _build_dav2004r_data ----
 
 
-def test_layout():
-    assert list(DATA) == ["Agg_1o", "Agg_2o", "SelUlt_1o", "SelUlt_2o"]
-    for name, table in DATA.items():
-        assert list(table) == ["qx_m", "qx_f", "MI_m", "MI_f"]
-        assert getattr(module, f"DAV2004R_{name}")["data"] is table
-
-
-def test_telling_rows_of_the_literal_columns():
-    aggregate, select = (lambda order: DATA[f"Agg_{order}"]), (lambda order: DATA[f"SelUlt_{order}"])
-    for rates, row in (
-        (aggregate("1o")["qx_m"], [0.003439, 0.000317, 0.005299, 0.278816, 0.601976, 0.6204, 1]),
-        (aggregate("1o")["qx_f"], [0.002694, 0.00028, 0.003145, 0.229739, 0.555969, 0.576942, 1]),
-        (aggregate("2o")["qx_m"], [0.004076, 0.000375, 0.006281, 0.330487, 0.713536, 0.735375, 1]),
-        (aggregate("2o")["qx_f"], [0.003226, 0.000335, 0.003766, 0.275117, 0.665783, 0.690898, 1]),
-        (select("1o")["qx_m"]["ult"], [0.002546, 0.000234, 0.007226, 0.278816, 0.601976, 0.6204, 1]),
-        (select("1o")["qx_f"]["ult"], [0.002549, 0.000265, 0.004121, 0.229739, 0.555969, 0.576942, 1]),
-        (select("2o")["qx_m"]["ult"], [0.003018, 0.000278, 0.008565, 0.330487, 0.713536, 0.735375, 1]),
-        (select("2o")["qx_f"]["ult"], [0.003053, 0.000317, 0.004935, 0.275117, 0.665783, 0.690898, 1]),
-    ):  # fmt: skip
-        got = [rates[age] for age in (0, 1, 60, 100, 119, 120, 121)]
-        assert got == row and type(got[-1]) is int
-    trends = [DATA["Agg_1o"][key][60] for key in ("MI_m", "MI_f")]
-    trends += [DATA["Agg_2o"][key][year][60] for year in (2004, 2024) for key in ("MI_m", "MI_f")]
-    assert trends == [0.02479571, 0.02424808, 0.02223622, 0.02169, 0.01434552, 0.01622323]
-
-
 def test_second_order_improvement_is_the_blend_of_its_trends():
     for key in ("MI_m", "MI_f"):
         grid = DATA["Agg_2o"][key]

@@ -1,4 +1,4 @@
-"""Payload descriptions are proved by the compiler: each rule is tried, and that a break stops it."""
+"""Payload descriptions are proved by the compiler: each rule, and that it stops the compiler."""
 
 import re
 import subprocess
@@ -32,8 +32,8 @@ def test_table_that_breaks_a_rule_does_not_compile():
             #include "payload/key_orders.hpp"
             namespace marlune::tables {{
             constexpr Payload table{{
-                .attribute = "T", .order = key_order::static_table, .table_name = "T", .omega = {omega},
-                .start_age = 65, .description = "A table",
+                .attribute = "T", .order = key_order::static_table, .table_name = "T",
+                .omega = {omega}, .start_age = 65, .description = "A table",
                 .data = {{flat("qx_m", levels({{{{0.5, 3}}, {{1.0, 1}}}}))}}}};
             static_assert(proved(table));
             }}""",

@@ -1,183 +1,77 @@
-"""What holds for all 66 tables: inventory, keys and their order, columns, lengths, ends."""
+"""What the module holds, to the bit: the inventory, every table, every list, all together."""
 
-import math
-from collections import Counter
+import hashlib
+import json
+import runpy
+from pathlib import Path
 
-import pytest
-from columns import DECREMENT, PUBLISHED, SYNTHETIC, all_lists
+from columns import lists_of
+from fresh import run
 
 import marlune.tables.data_tables as module
 from marlune.tables.data_tables import REPO_TABLES
 
-ORDER = "PER2020_Col_2o PER2020_Col_1o PER2020_Ind_2o PER2020_Ind_1o PASEM2020_Gen_2o PASEM2020_Dec_2o PASEM2020_Rel_1o PASEM2020_NoRel_1o PASEM2020_Dec_1o PEAI2007_IAP_Ind PEAI2007_IAP_Col PASEM2010 DAV2004R_Agg_2o DAV2004R_Agg_1o DAV2004R_SelUlt_2o DAV2004R_SelUlt_1o GAM71 GAM83 GAM94_AA GRMF80 GRMF95 GKMF80 GKMF95 IASS90 SS90TOT SS90ABS CB_H_2020 MI_H_2020 RV_M_2020 B_M_2020 MI_M_2020 AM92_AF92 DummySD2015 DummySD2015Gen DummyEXIT DummyEXIT_Gen Dummy_qx0 DummyLIFE_1Sm DummyLIFE_1Sf DummyLIFE_LinearGen DummyLIFE_DiscreteGen DummyLIFE_ProjectedGen DummyLIFE_Select DummyLIFE_Unisex DummySD_LinearGen DummySD_DiscreteGen DummySD_ProjectedGen DummySD_Select DummySD_Unisex DummyEXIT_LinearGen DummyEXIT_DiscreteGen DummyEXIT_ProjectedGen DummyEXIT_Select DummyEXIT_Unisex DummySD_Gen2o DummyEXIT_Gen2o DummySD_SelectGen_a DummyEXIT_SelectGen_a DummySD_SelectGen_b DummyEXIT_SelectGen_b DummyLIFE_SelectGen_c DummySD_SelectGen_c DummyEXIT_SelectGen_c DummyLIFE_SelectGen_d DummySD_SelectGen_d DummyEXIT_SelectGen_d".split()
+DIGEST = str(Path(__file__).parents[1] / "tools/digest.py")
 
-# The short names of metadata keys, for the table below.
-N, T, B, G, S, P, X, D, M, O, A, F, I = (
-    "table_name table_type base_year generational select select_period sex_independent"
-    " decrement_scale_factor mi_scale_factor omega start_age generational_formula_type description"
-).split()
-SYNTHETIC_GEN = [
-    *(f"Dummy{kind}_{formula}Gen" for kind in ("LIFE", "SD", "EXIT")
-      for formula in ("Linear", "Discrete", "Projected")),
-    "DummySD_Gen2o", "DummyEXIT_Gen2o",
-]  # fmt: skip
-SELECT_GEN = [name for name in ORDER if "_SelectGen_" in name]
-CMF = ["CB_H_2020", "MI_H_2020", "RV_M_2020", "B_M_2020", "MI_M_2020"]
-SS90 = ["IASS90", "SS90TOT", "SS90ABS"]
-PER = ORDER[:4]
-KEY_ORDERS = [
-    ([N, T, G, D, M, O, A, I],
-     [*ORDER[4:12], "DummySD2015", "DummyEXIT", "Dummy_qx0", "DummyLIFE_1Sm", "DummyLIFE_1Sf",
-      "GRMF80", "GRMF95", "GKMF80", "GKMF95"]),
-    ([N, T, G, D, M, O, A, X, I], SS90),
-    ([N, T, X, G, D, M, O, A, I], ["DummyLIFE_Unisex", "DummySD_Unisex", "DummyEXIT_Unisex"]),
-    ([N, T, B, G, D, O, A, I], ["GAM71", "GAM83"]),
-    ([N, T, G, S, P, D, M, O, A, I], ["AM92_AF92"]),
-    ([N, T, S, P, G, D, M, O, A, I], ["DummyLIFE_Select", "DummySD_Select", "DummyEXIT_Select"]),
-    ([N, T, B, G, D, M, O, A, F, I], [*PER, "DAV2004R_Agg_2o", "DAV2004R_Agg_1o", "GAM94_AA"]),
-    ([N, T, B, G, S, P, D, M, O, A, F, I], ["DAV2004R_SelUlt_2o", "DAV2004R_SelUlt_1o"]),
-    ([N, T, G, F, B, D, M, A, O, I], CMF),
-    ([N, T, G, D, M, O, A, B, F, I], ["DummySD2015Gen", "DummyEXIT_Gen"]),
-    ([N, T, G, F, B, D, M, O, A, I], SYNTHETIC_GEN),
-    ([N, T, G, F, S, P, B, D, M, O, A, I], SELECT_GEN),
-]  # fmt: skip
-COLUMN_ORDERS = {
-    "qx_f mi_f qx_m mi_m": PER,
-    "qx_f qx_m": ORDER[4:9],
-    "ix_f ix_m": ["PEAI2007_IAP_Ind", "PEAI2007_IAP_Col"],
-    "qx_m qx_f": ["PASEM2010", "GAM71", "GAM83", "AM92_AF92", "GRMF80", "GRMF95", "GKMF80",
-                  "GKMF95", "Dummy_qx0", "DummyLIFE_Select"],
-    "qx_m mi_m qx_f mi_f": ["GAM94_AA"],
-    "qx_m mi_m": ["CB_H_2020", "MI_H_2020"],
-    "qx_f mi_f": ["RV_M_2020", "B_M_2020", "MI_M_2020"],
-    "qx_m qx_f MI_m MI_f": ORDER[12:16],
-    "ix_m": [*SS90, "DummySD_Unisex"],
-    "ix_m ix_f": ["DummySD2015", "DummySD_Select"],
-    "ox_m ox_f": ["DummyEXIT", "DummyEXIT_Select"],
-    "qx_m": ["DummyLIFE_1Sm", "DummyLIFE_Unisex"],
-    "qx_f": ["DummyLIFE_1Sf"],
-    "ox_m": ["DummyEXIT_Unisex"],
-    "ix_m ix_f mi_m mi_f": ["DummySD2015Gen", *(n for n in SYNTHETIC_GEN + SELECT_GEN if "SD" in n)],
-    "ox_m ox_f mi_m mi_f": ["DummyEXIT_Gen", *(n for n in SYNTHETIC_GEN + SELECT_GEN if "EXIT" in n)],
-    "qx_m qx_f mi_m mi_f": [n for n in SYNTHETIC_GEN + SELECT_GEN if "LIFE" in n],
-}  # fmt: skip
+# The inventory in its order, each table with a digest of its keys and their order, its texts, and
+# every value's type and bits: `tools/digest.py --tables` prints them.
+TABLES = """
+    PER2020_Col_2o cf7b8e2d PER2020_Col_1o 8f1309af PER2020_Ind_2o 42f58838
+    PER2020_Ind_1o dc00bf91 PASEM2020_Gen_2o 482b6584 PASEM2020_Dec_2o 6d6071b0
+    PASEM2020_Rel_1o 854d0b83 PASEM2020_NoRel_1o a3c29e4e PASEM2020_Dec_1o 9f242489
+    PEAI2007_IAP_Ind 7c2ec887 PEAI2007_IAP_Col a010083b PASEM2010 3d1a4572
+    DAV2004R_Agg_2o 83318186 DAV2004R_Agg_1o 5751fc2e DAV2004R_SelUlt_2o 34d9fe36
+    DAV2004R_SelUlt_1o 7040c622 GAM71 c9af20c2 GAM83 29005b91
+    GAM94_AA 76654e1d GRMF80 075e5e18 GRMF95 a459c729
+    GKMF80 efdf25bf GKMF95 4edebff2 IASS90 13105d54
+    SS90TOT f1de1230 SS90ABS e8e73506 CB_H_2020 f2aa45f0
+    MI_H_2020 bfb013da RV_M_2020 fd5f6dbf B_M_2020 9e6263a4
+    MI_M_2020 576c0c3b AM92_AF92 3919f7cf DummySD2015 7274e29a
+    DummySD2015Gen 24cd86be DummyEXIT 4b69143b DummyEXIT_Gen 6f543142
+    Dummy_qx0 70267a8f DummyLIFE_1Sm a6fb84d7 DummyLIFE_1Sf aeed525b
+    DummyLIFE_LinearGen ec6afd93 DummyLIFE_DiscreteGen be12b9bf DummyLIFE_ProjectedGen 47f7dbb8
+    DummyLIFE_Select 4773bc20 DummyLIFE_Unisex cb8f709c DummySD_LinearGen ddb3634a
+    DummySD_DiscreteGen 6eee3b4c DummySD_ProjectedGen 16964a95 DummySD_Select f29666da
+    DummySD_Unisex d66129a6 DummyEXIT_LinearGen 02355f01 DummyEXIT_DiscreteGen 1665064f
+    DummyEXIT_ProjectedGen be2da4a4 DummyEXIT_Select fffd1512 DummyEXIT_Unisex 7561d121
+    DummySD_Gen2o eb8b6eb5 DummyEXIT_Gen2o ef1f0db6 DummySD_SelectGen_a 2d341efd
+    DummyEXIT_SelectGen_a 4db92e8a DummySD_SelectGen_b c7937649 DummyEXIT_SelectGen_b 7607ab79
+    DummyLIFE_SelectGen_c 87f8e027 DummySD_SelectGen_c 3b2ef119 DummyEXIT_SelectGen_c a9d2967b
+    DummyLIFE_SelectGen_d 03870011 DummySD_SelectGen_d ce7ef160 DummyEXIT_SelectGen_d 0e6da2d9
+""".split()
+# Of all attributes in the order of their binding, the docstring, and who holds which list and dict.
+EVERYTHING = "79c7c70147a7b43f47a7346ef7cb5ba10ecd5681e7c71c9f7f302a952b61c18f"
 
 
 def test_inventory_holds_the_attributes_in_its_own_order():
-    assert list(REPO_TABLES) == ORDER
-    for name, payload in REPO_TABLES.items():
-        assert payload is getattr(module, name), name
-    assert not any(name.startswith("Dummy") for name in PUBLISHED)
-    assert all(name.startswith("Dummy") for name in SYNTHETIC) and len(SYNTHETIC) == 34
+    assert list(REPO_TABLES) == TABLES[::2]
+    assert all(payload is getattr(module, name) for name, payload in REPO_TABLES.items())
 
 
-def test_counts_by_type_formula_and_unit():
-    tables = REPO_TABLES.values()
-    assert Counter(t["table_type"] for t in tables) == {"life": 37, "disability": 17, "exit": 12}
-    formulas = Counter(t.get("generational_formula_type", "") for t in tables)
-    assert formulas == {
-        "": 29, "exponential_improvement": 19, "linear_improvement": 3, "discrete_improvement": 4,
-        "projected_improvement": 11,
-    }  # fmt: skip
-    assert Counter(t["decrement_scale_factor"] for t in tables) == {1000: 12, 1: 54}
-    assert sum("select" in t for t in tables) == 16
-    assert sum("sex_independent" in t for t in tables) == 6
+def test_every_table_is_as_it_was():
+    wanted = dict(zip(TABLES[::2], TABLES[1::2]))
+    found = runpy.run_path(DIGEST)["digests_of"](REPO_TABLES)
+    assert {name for name in wanted if found[name] != wanted[name]} == set()
 
 
-def test_every_table_has_the_key_order_of_its_family():
-    seen = []
-    for keys, names in KEY_ORDERS:
-        for name in names:
-            assert list(REPO_TABLES[name]) == [*keys, "data"], name
-        seen += names
-    assert sorted(seen) == sorted(ORDER)
+def test_everything_is_as_it_was():
+    """Where only this fails, it is the docstring, an attribute, their order, or what is shared."""
+    printed = run(f"import runpy; runpy.run_path({DIGEST!r}, run_name='__main__')")
+    assert printed.split() == [EVERYTHING]
 
 
-def test_every_table_has_the_column_order_of_its_family():
-    seen = []
-    for columns, names in COLUMN_ORDERS.items():
-        for name in names:
-            assert list(REPO_TABLES[name]["data"]) == columns.split(), name
-        seen += names
-    assert sorted(seen) == sorted(ORDER)
-
-
-@pytest.mark.parametrize("name", ORDER)
-def test_metadata_is_present_and_typed_by_the_rules(name):
-    table = REPO_TABLES[name]
-    generational = table["generational"]
-    assert type(generational) is bool
-    assert ("generational_formula_type" in table) == generational
-    if name in ("GAM71", "GAM83"):
-        assert table["base_year"] is None and "mi_scale_factor" not in table
-    else:
-        assert ("base_year" in table) == generational
-        assert table["mi_scale_factor"] == (1 if generational else None)
-    if generational:
-        assert type(table["base_year"]) is int and type(table["mi_scale_factor"]) is int
-    for key in ("decrement_scale_factor", "omega", "start_age"):
-        assert type(table[key]) is int, key
-    assert ("select" in table) == ("select_period" in table)
-    assert table.get("select", True) is True and table.get("sex_independent", True) is True
-    if name in SYNTHETIC:
-        assert table["table_name"] == name
-    else:
-        published_as_named = ("PASEM2010", "GAM71", "GAM83", "GAM94_AA", "GRMF80", "GRMF95",
-                              "GKMF80", "GKMF95")  # fmt: skip
-        assert (table["table_name"] == name) == (name in published_as_named)
-
-
-@pytest.mark.parametrize("name", ORDER)
-def test_columns_have_the_shape_that_the_metadata_says(name):
-    table = REPO_TABLES[name]
-    decrement = DECREMENT[table["table_type"]]
-    for key, column in table["data"].items():
-        symbol, sex = key.split("_")
-        assert (symbol in (decrement, "mi", "MI")) and sex in "mf"
-        if symbol == decrement:
-            assert isinstance(column, dict) == ("select" in table), key
-            if "select" in table:
-                first = 0 if name == "AM92_AF92" else 1
-                numbered = range(first, first + table["select_period"])
-                assert list(column) == [*numbered, "ult"]
-                assert all(type(duration) is int for duration in numbered)
-        elif isinstance(column, dict) and "ult" in column:
-            assert name.endswith("_d") and list(column) == [1, 2, "ult"]
-        elif isinstance(column, dict):
-            years = {
-                "projected_improvement": range(2021, 2037 if name in CMF else 2026),
-                "exponential_improvement": range(2004, 2025) if "DAV" in name else (2004, 2014, 2024),
-            }[table["generational_formula_type"]]
-            assert list(column) == list(years)
-            assert all(type(year) is int for year in column)
-
-
-def test_every_list_has_its_length_its_range_and_its_end():
-    seen = {}
-    for name, table, path, rates in all_lists():
-        where = (name, path)
-        assert type(rates) is list, where
-        assert len(rates) == table["omega"] - table["start_age"] + 1, where
-        improvement = path[0][:2] in ("mi", "MI")
-        certain = 1 if improvement else table["decrement_scale_factor"]
-        assert all(math.isfinite(rate) and 0 <= rate <= certain for rate in rates), where
-        assert all(type(rate) is float for rate in rates[:-1]), where
-        ends = rates[-1]
-        if improvement:
-            assert ends == 0, where
-        elif name == "GAM71":
-            assert ends == 0.999999, where
-        elif name in SS90:
-            assert ends == 0.0, where
-        elif name.startswith("DAV2004R_SelUlt") and path[-1] != "ult":
-            assert ends < 1, where
-        elif table["table_type"] == "disability":
-            assert 0 < ends < certain, where
-        else:
-            assert ends == certain, where
-        integers = name in ("GRMF80", "GKMF80") or name.startswith("DAV2004R")
-        computed = path[-1] in (1, 2, 3, 4, 5, *range(2005, 2024))
-        assert type(ends) is (int if integers and not computed else float), where
-        seen[id(rates)] = len(rates)
-    # So that the walk cannot become empty unnoticed.
-    assert (len(seen), sum(seen.values())) == (405, 39370)
+def test_the_register_has_the_digest_of_every_list():
+    path = Path(module.__file__).with_name("data_tables_sources.json")
+    register = json.loads(path.read_text("utf-8"))
+    assert list(register["tables"]) == list(REPO_TABLES)
+    for name, table in register["tables"].items():
+        data, told = REPO_TABLES[name]["data"], []
+        for column, entry in table["columns"].items():
+            labels = entry["labels"]
+            whole = data[entry["key"]]
+            lists = [whole] if labels is None else [whole[label] for label in labels]
+            printed = "".join(f"{value!r}\n" for rates in lists for value in rates)
+            digest = hashlib.sha256(printed.encode()).hexdigest()[:16]
+            assert entry["digest"] == digest, (name, column)
+            told += map(id, lists)
+        assert told == [id(each) for column in data.values() for _, each in lists_of(column)], name

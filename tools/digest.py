@@ -1,9 +1,10 @@
 """Print one digest of all that the imported module holds, to compare builds with each other.
 
-Usage: ./dev python tools/digest.py [--floats]. The digest covers every attribute in its order, the
-docstring, every value's type and bits, every order of keys, and which lists and dicts are one
-object. With --floats a second line tells how many float objects there are and digests which slots
-share one: that may differ between builds which hold the same.
+Usage: ./dev python tools/digest.py [--floats] [--tables]. The digest covers every attribute in its
+order, the docstring, every value's type and bits, every order of keys, and which lists and dicts are
+one object. With --floats a second line tells how many float objects there are and digests which
+slots share one: that may differ between builds which hold the same. With --tables every table
+follows with a digest of its own, as tests/test_inventory.py has them.
 """
 
 import hashlib
@@ -55,8 +56,22 @@ def digest_of(module):
     return digest.hash.hexdigest(), len(digest.float_objects), digest.floats.hexdigest()
 
 
+def digests_of(tables):
+    """A short digest of each table by itself."""
+    digests = {}
+    for name, payload in tables.items():
+        digest = Digest()
+        digest.read(payload)
+        digests[name] = digest.hash.hexdigest()[:8]
+    return digests
+
+
 if __name__ == "__main__":
     values, floats, sharing = digest_of(data_tables)
     print(values)
     if "--floats" in sys.argv[1:]:
         print(f"{floats} float objects, shared as {sharing}")
+    if "--tables" in sys.argv[1:]:
+        cells = [f"{name} {digest}" for name, digest in digests_of(data_tables.REPO_TABLES).items()]
+        for start in range(0, len(cells), 3):
+            print("    " + " ".join(cells[start : start + 3]))
