@@ -78,8 +78,9 @@ def agrees(printed, figure, rate):
 
 def explains(declared, age, figure, rate, held):
     if declared.kind == "rounded":
-        both = figure is not None and rate is not None
-        return both and figure == rate.quantize(figure, ROUND_HALF_UP)
+        if figure is None or rate is None or figure.as_tuple().exponent != -declared.decimals:
+            return False
+        return figure == rate.quantize(figure, ROUND_HALF_UP)
     if age not in declared.cells:
         return False
     match declared.kind:

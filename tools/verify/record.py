@@ -25,6 +25,7 @@ class Declared:
     kind: str
     reason: str
     cells: dict[int, Decimal | None]  # by age; the printed figure where it is declared
+    decimals: int | None = None  # of rounded figures
 
     def concerns(self, document, printed):
         return (
@@ -65,8 +66,11 @@ def declarations(entry):
         for columns, figures in entry[kind].items():
             yield Declared(entry["documents"], columns, *common, figures_of(figures))
         return
-    cells = {} if kind == "rounded" else ages_of(entry[kind])
-    yield Declared(entry["documents"], entry["columns"], *common, cells)
+    place = (entry["documents"], entry["columns"], *common)
+    if kind == "rounded":
+        yield Declared(*place, cells={}, decimals=entry[kind])
+    else:
+        yield Declared(*place, ages_of(entry[kind]))
 
 
 def load():
