@@ -179,9 +179,9 @@ int main() {
   // What a description cannot come to as long as the rest holds, and what rules are computed with.
   BREAK("nobody has heard of", fixed, Rates odd; odd.origin = Rates::Origin{99}; numbers_of(odd));
   BREAK("can round", fixed, BaseVector base{"", half}; numbers_of(rounded(base, 1.0)));
-  BREAK("more decimals than", fixed, decimal_units(0.125, 2));
-  BREAK("more digits than", fixed, from_decimal_units((std::int64_t{1} << 53) + 1, 0));
-  BREAK("more digits than", fixed, from_decimal_units(1, 16));
+  BREAK("more decimals than", fixed, count_of(0.125, 2));
+  BREAK("more digits than", fixed, decimal((std::int64_t{1} << 53) + 1, 0));
+  BREAK("more digits than", fixed, decimal(1, 16));
   BREAK("has room for", fixed, t.data = (Columns{qx_m, qx_m, qx_m, qx_m, qx_m}));
   BREAK("has room for", fixed, Columns(&qx_m, 5));
 }

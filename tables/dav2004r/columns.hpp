@@ -8,6 +8,7 @@
 // Ages         0 to 121. Base year 1999.
 // Closing      Rates end in the integer 1, trends in the integer 0.
 // Ultimate     equals the aggregate rate of the same order and sex from age 100.
+// Select       by attained age, from the start of the annuity on; before it the aggregate rates hold.
 // Checked      against one source and the workbook behind it, and by the publication's own law:
 //              first order = constant × second order at every age up to 120, 0.843652 for males and
 //              0.835060 for females, aggregate and ultimate alike (tested).

@@ -6,7 +6,7 @@
 //              Series (1991-94), permanent assurances; Society of Actuaries tables 2360, 2361, 2513
 //              and 2514.
 // Unit         decimal, six decimals.
-// Ages         17 to 120. Select period 2, durations numbered from 0, as published.
+// Ages         17 to 120, attained. Select period 2, durations numbered from 0, as published.
 // Closing      1.0 at 120.
 // By rule      The select rates are published to age 90 (duration 0) and 91 (duration 1); above,
 //              they are completed by the ultimate rate of the age. The jump of duration 0 at age 91

@@ -2,13 +2,17 @@
 
 // CMF 2020: the Chilean mortality tables of 2020, generational, improvement by calendar year.
 //
-// Issuer       Comisión para el Mercado Financiero (CMF), NCG 495 / Superintendencia de Pensiones,
-//              tables TM-2020: CB-H, MI-H (males), RV-M, B-M, MI-M (females). The descriptions cite
-//              NCG 305/2023 (Circular 1865); they are quoted as they stand.
+// Issuer       Comisión para el Mercado Financiero (CMF), NCG 495, and Superintendencia de
+//              Pensiones, NCG 306, both of 24 February 2023: tables TM-2020. The descriptions cite
+//              NCG 305/2023 (Circular 1865); they are quoted as they stand, and so are the uses that
+//              they name.
+// Use          Pensioners: CB-H males, old age and non-disabled survivors; MI-H and MI-M disability
+//              and disabled survivors; RV-M females, old age; B-M females, non-disabled survivors.
 // Unit         qx decimal, eight decimals; improvement factors decimal, six decimals.
 // Ages         0 to 110; RV-M-2020 from 20.
 // Base year    2020. The factor of calendar year y and age x applies to the year y.
-// Years        2021 to 2036, one column each; the factors converge on 0.01 in 2036.
+// Years        2021 to 2036, one column each; the factors converge on 0.01 in 2036 and stay constant
+//              from then on.
 // Shared       The factors are published by sex: the male ones serve CB-H and MI-H, the female ones
 //              B-M, MI-M and, from age 20, RV-M. They stand here once; every payload has lists of
 //              its own.
@@ -38,12 +42,12 @@ constexpr std::array<Number, 111> run_out(const Number (&printed)[91]) {
   constexpr std::int64_t years = 15;
   std::array<Number, 111> factors{};
   std::ranges::copy(printed, factors.begin());
-  const std::int64_t last = decimal_units(printed[90].value, places);
+  const std::int64_t last = count_of(printed[90].value, places);
   for (std::int64_t year = 1; year <= 20; ++year) {
     const std::int64_t fifteenths = last * std::max(years - year, std::int64_t{0});
     // Rounded; fifteenths never lie halfway.
     factors[90 + static_cast<std::size_t>(year)] =
-        from_decimal_units((fifteenths + years / 2) / years, places);
+        decimal((fifteenths + years / 2) / years, places);
   }
   return factors;
 }
@@ -549,7 +553,7 @@ constexpr Column CMF2020_mi_f(int age) {
 // ---- Rates of the base year 2020, decimal ----
 
 // clang-format off
-// Males, collective life.
+// Males: old-age pensioners and non-disabled survivors.
 inline constexpr Number CB_H_2020_qx_m[] = {
     //       0           1           2           3           4           5           6           7           8           9
     0.00615389, 0.00033059, 0.00020027, 0.00016324, 0.00013858, 0.00012713, 0.00011835, 0.00011448, 0.00011199,  0.0001111, // 0
@@ -588,7 +592,7 @@ inline constexpr Payload CB_H_2020{
 static_assert(proved(CB_H_2020));
 
 // clang-format off
-// Males, death or disability.
+// Males: disability pensioners and disabled survivors.
 inline constexpr Number MI_H_2020_qx_m[] = {
     //       0           1           2           3           4           5           6           7           8           9
     0.00615389, 0.00129894, 0.00078692, 0.00064142, 0.00054454, 0.00049954, 0.00046505, 0.00044981, 0.00044003, 0.00043653, // 0
@@ -627,7 +631,7 @@ inline constexpr Payload MI_H_2020{
 static_assert(proved(MI_H_2020));
 
 // clang-format off
-// Females, life annuities, from age 20.
+// Females: old-age pensioners, from age 20.
 inline constexpr Number RV_M_2020_qx_f[] = {
     //       0           1           2           3           4           5           6           7           8           9
     0.00029952, 0.00030583, 0.00031556, 0.00032258, 0.00032455, 0.00031921, 0.00031828, 0.00032673, 0.00034572, 0.00036353, // 20
@@ -664,7 +668,7 @@ inline constexpr Payload RV_M_2020{
 static_assert(proved(RV_M_2020));
 
 // clang-format off
-// Females, collective life.
+// Females: non-disabled survivors.
 inline constexpr Number B_M_2020_qx_f[] = {
     //       0           1           2           3           4           5           6           7           8           9
     0.00520685, 0.00026788,  0.0001825, 0.00014444,   0.000123, 0.00011121, 0.00010204, 0.00009588, 0.00009156, 0.00009045, // 0
@@ -702,7 +706,7 @@ inline constexpr Payload B_M_2020{
 static_assert(proved(B_M_2020));
 
 // clang-format off
-// Females, death or disability.
+// Females: disability pensioners and disabled survivors.
 inline constexpr Number MI_M_2020_qx_f[] = {
     //       0           1           2           3           4           5           6           7           8           9
     0.00520685, 0.00297972, 0.00202994, 0.00160661, 0.00136809, 0.00123699, 0.00113508, 0.00106643, 0.00101843, 0.00100611, // 0

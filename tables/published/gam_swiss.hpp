@@ -10,10 +10,10 @@
 //   Basis      GAM71 and GAM83 static, without base year; GAM94 static rates of 1994 with Scale AA.
 //   Odd        GAM71 ends in 0.999999, not 1.0. GAM71 and GAM83 have a base year of None and no
 //              mi_scale_factor. GAM94 stands at 0.5 from age 112 to 119.
-//   Checked    GAM83 and GAM94 against a second source: 2 of 692 values differ there, and the
-//              Society's values are kept. GAM71: no second source on record.
-//   In doubt   the two values that differ: GAM83 female age 108 (0.694885 here, 0.694855 there) and
-//              GAM94 male age 104 (0.387855 here, 0.387885 there).
+//   Checked    GAM83 and GAM94 against a second source, where 2 of 692 values differ. The Society's
+//              stand: GAM83 female age 108 (0.694885, there 0.694855) is 0.9 × 0.772094 of the basic
+//              table, GAM94 male age 104 (0.387855, there 0.387885) is the same in three more
+//              sources. GAM71 against further sources, equal but for their 1.0 at 110.
 //
 // GRMF80, GRMF95, GKMF80, GKMF95: Swiss Gruppen Renten (group annuities, GRM/GRF) and Gruppen
 // Kapital (group life, GKM/GKF) 1980 and 1995.

@@ -42,8 +42,8 @@ constexpr std::array<Number, Ages> loaded(const Number (&second_order)[SecondOrd
   for (std::size_t age = 0; age < Ages; ++age) {
     const double rate = age < SecondOrderAges ? second_order[age].value : 1000.0;
     // Of three decimals the one; of the other what is left of 100 %, in hundredths of a per cent.
-    const std::int64_t left = 10'000 - decimal_units(loadings[age], 2);
-    rates[age] = from_decimal_units(decimal_units(rate, 3) * left, 3 + 4);
+    const std::int64_t left = 10'000 - count_of(loadings[age], 2);
+    rates[age] = decimal(count_of(rate, 3) * left, 3 + 4);
   }
   return rates;
 }

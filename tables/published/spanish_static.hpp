@@ -9,17 +9,20 @@
 // *** were published.
 //
 // PASEM2020    Dirección General de Seguros y Fondos de Pensiones (DGSFP), resolution of 17
-//              December 2020, BOE-A-2020-17154. Second order (best estimate): annexes 1.1 to 1.3;
-//              first order (with loadings): annexes 2.2 to 2.4. Per mille, ages 0 to 108, 109, 110
-//              or 111: the omegas of the published tables. Read from the gazette and checked
-//              against a second source with more decimals. Tested laws: Decesos = 1.6 × General
-//              below age 100; first order = 1.101875 (Rel, Decesos) or 1.155 (NoRel) × second order
-//              below omega.
+//              December 2020, BOE-A-2020-17154, central year 2019. Second order (best estimate):
+//              General annex 1.2, Decesos annex 1.3; first order (with loadings): Rel annex 2.2,
+//              NoRel annex 2.3, Decesos annex 2.4. Per mille, ages 0 to 108, 109, 110 or 111: the
+//              omegas of the published tables. Read from the gazette and checked against a second
+//              source with more decimals. Tested laws: Decesos = 1.6 × General below age 100; first
+//              order = 1.101875 (Rel, Decesos) or 1.155 (NoRel) × second order below omega.
 // PEAI2007     Study PEAIM/F-2007, absolute permanent disability (IAP), best estimate on 5.4
 //              million policies of 1998 to 2002. Decimal, ages 18 to 64; the last rate is an
 //              ordinary one. Two sources, all 188 values equal.
-// PASEM2010    BOE-A-2012-9776. Decimal, ages 0 to 112, the male column first. Two independent
-//              sources, identical.
+// PASEM2010    The annex of the study by UNESPA, ICEA and Munich Re on portfolios of 2003 to 2007.
+//              First order, 1.395 × second order. Decimal, ages 0 to 112, the male column first. The
+//              kink at age 100 is published: population rates below, a logistic extrapolation above.
+//              All 226 values equal the study and two further copies; BOE-A-2012-9776 itself has not
+//              been seen.
 // SS 1990      Social Security 1990, unisex, per mille, ages 18 to 65, under ix_m alone. The rate
 //              at 65 is 0.0: part of the data. SS90ABS has the rates of IASS90.
 
@@ -31,7 +34,7 @@ namespace marlune::tables::published {
 
 // ---- PASEM2020, per mille ----
 
-// General (term life without funeral), second order. Annexes 1.1 to 1.3.
+// General (term life without funeral), second order. Annex 1.2.
 
 // clang-format off
 // Females, per mille.
@@ -85,7 +88,7 @@ inline constexpr Payload PASEM2020_Gen_2o{
 };
 static_assert(proved(PASEM2020_Gen_2o));
 
-// Decesos (funeral), second order. Annexes 1.1 to 1.3.
+// Decesos (funeral), second order. Annex 1.3.
 
 // clang-format off
 // Females, per mille.
@@ -140,7 +143,7 @@ inline constexpr Payload PASEM2020_Dec_2o{
 };
 static_assert(proved(PASEM2020_Dec_2o));
 
-// Related to other operations (such as mortgages), first order. Annexes 2.2 to 2.4.
+// Related to other operations (such as mortgages), first order. Annex 2.2.
 
 // clang-format off
 // Females, per mille.
@@ -193,7 +196,7 @@ inline constexpr Payload PASEM2020_Rel_1o{
 };
 static_assert(proved(PASEM2020_Rel_1o));
 
-// Not related, first order. Annexes 2.2 to 2.4.
+// Not related, first order. Annex 2.3.
 
 // clang-format off
 // Females, per mille.
@@ -246,7 +249,7 @@ inline constexpr Payload PASEM2020_NoRel_1o{
 };
 static_assert(proved(PASEM2020_NoRel_1o));
 
-// Decesos (funeral), first order. Annexes 2.2 to 2.4.
+// Decesos (funeral), first order. Annex 2.4.
 
 // clang-format off
 // Females, per mille.
