@@ -46,7 +46,7 @@ Tables Included
     - GKMF80, GKMF95 : Gruppen Kapital (group life)
 
 **IASS / SS90** (Spain disability mortality, per-mille ix)
-    - IASS90, SS90TOT, SS90ABS
+    - IASS90, SS90TOT, SS90ABS : ages 21 to 62 are reconstructed, NOT published
 
 **CMF 2020** (Chile, generational, improvement by calendar year)
     - CB_H_2020, MI_H_2020 : males
