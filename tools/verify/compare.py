@@ -14,9 +14,10 @@ class Compared:
 
     printed: object
     equal: int = 0
-    declared: dict[str, list[int]] = field(default_factory=dict)  # ages by reason
-    not_printed: dict[str, list[int]] = field(default_factory=dict)  # ages by reason
-    differences: list[tuple] = field(default_factory=list)  # age, printed, held
+    # Cells as age, printed figure, held rate; those of declared differences by reason.
+    declared: dict[str, list[tuple]] = field(default_factory=dict)
+    not_printed: dict[str, list[tuple]] = field(default_factory=dict)
+    differences: list[tuple] = field(default_factory=list)
 
 
 def held_columns():
@@ -64,7 +65,7 @@ def compare_column(printed, applying, met):
             if explains(declared, age, figure, rate, held):
                 met[id(declared)].add((id(printed), age))
                 reasons = result.not_printed if figure is None else result.declared
-                reasons.setdefault(declared.reason, []).append(age)
+                reasons.setdefault(declared.reason, []).append((age, figure, rate))
                 break
         else:
             result.differences.append((age, figure, rate))

@@ -51,4 +51,4 @@ def number_of(value, where):
     number = DOUBLE.create_decimal(repr(value))
     if not number.is_finite():
         raise Unreadable(f"{where}: {value!r} is not a number")
-    return number
+    return number.normalize()

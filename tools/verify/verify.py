@@ -1,10 +1,11 @@
 """Compare publications with the module, digit by digit: every figure that a document prints.
 
-usage: ./dev verify [--json] [--all | --record] DOCUMENT…
+usage: ./dev verify [--cells | --json] [--all | --record] DOCUMENT…
        ./dev verify --write TABLE DOCUMENT…
 
 DOCUMENT   a file, or a folder with files, as the publisher issued them: docs/verifying.md
---json     print the answer for machines
+--cells    name every cell that differs, not only those that differ undeclared
+--json     print the answer for machines, with every cell that differs
 --all      fail as well when a document on record is not among them, or when provenance tells
            another result of the last verification
 --record   write the result into provenance/verified.json, where all is well
@@ -16,6 +17,7 @@ Exit status: 0 when every figure is equal or differs as declared, 1 when one doe
 
 import hashlib
 import json
+import signal
 import sys
 from collections import Counter
 from pathlib import Path
@@ -98,17 +100,21 @@ def line_of(compared, rows):
         "computed": printed.computed,
         "cells": len(printed.figures),
         "equal": compared.equal,
-        "declared": compared.declared,
-        "not_printed": compared.not_printed,
-        "differences": [
-            {"age": age, "printed": shown(figure), "held": shown(rate)}
-            for age, figure, rate in compared.differences
-        ],
+        "declared": {why: shown(cells) for why, cells in compared.declared.items()},
+        "not_printed": {why: shown(cells) for why, cells in compared.not_printed.items()},
+        "differences": shown(compared.differences),
     }
 
 
-def shown(value):
-    return None if value is None else f"{value:f}"
+def shown(cells):
+    return [
+        {
+            "age": age,
+            "printed": None if figure is None else f"{figure:f}",
+            "held": None if rate is None else f"{rate:f}",
+        }
+        for age, figure, rate in cells
+    ]
 
 
 def summed(columns):
@@ -117,7 +123,7 @@ def summed(columns):
     for name in ("declared", "not_printed"):
         counts = Counter()
         for column in columns:
-            counts.update({reason: len(ages) for reason, ages in column[name].items()})
+            counts.update({reason: len(cells) for reason, cells in column[name].items()})
         sums[name] = dict(counts)
     return sums | {"undeclared": sum(len(column["differences"]) for column in columns)}
 
@@ -149,7 +155,7 @@ def verified_of(answers):
 # ---- what a person reads ----
 
 
-def tell(answer):
+def tell(answer, all_cells):
     """The lines about one document."""
     if "unreadable" in answer:
         yield f"{answer['file']}: {answer['unreadable']}"
@@ -164,12 +170,18 @@ def tell(answer):
         told += [f"{count} more held: {reason}" for reason, count in sums["not_printed"].items()]
         yield "  " + "; ".join(told)
         for column in columns:
-            for each in column["differences"]:
-                cell = f"{table} {column['column']} age {each['age']}"
-                printed, held = each["printed"] or "nothing", each["held"] or "nothing"
-                yield f"    DIFFERS {cell}: printed {printed}, held {held}"
+            yield from tell_cells("DIFFERS", column, column["differences"])
+            for why, cells in (column["declared"] | column["not_printed"]).items():
+                yield from tell_cells("declared", column, cells, f": {why}") if all_cells else ()
     for problem in answer["problems"]:
         yield f"  WRONG {problem}"
+
+
+def tell_cells(word, column, cells, why=""):
+    for cell in cells:
+        where = f"{column['table']} {column['column']} age {cell['age']}"
+        printed, held = cell["printed"] or "nothing", cell["held"] or "nothing"
+        yield f"    {word} {where}: printed {printed}, held {held}{why}"
 
 
 def tell_totals(totals):
@@ -196,13 +208,16 @@ def write(table, paths):
 def main(arguments):
     if arguments[:1] == ["--write"] and len(arguments) > 2:
         try:
-            return write(arguments[1], files_of(arguments[2:]))
+            write(arguments[1], files_of(arguments[2:]))
+            return 0
         except Unreadable as error:
-            sys.exit(f"--write: {error}")
+            print(f"--write: {error}", file=sys.stderr)
+            return 2
     options = {argument for argument in arguments if argument.startswith("--")}
     paths = [argument for argument in arguments if argument not in options]
-    if options - {"--json", "--all", "--record"} or not paths:
-        sys.exit(__doc__)
+    if options - {"--cells", "--json", "--all", "--record"} or not paths:
+        print(__doc__, file=sys.stderr)
+        return 2
     facts = record.load()
     answers = [verify(path, facts) for path in files_of(paths)]
     columns = [column for answer in answers for column in answer.get("columns", [])]
@@ -230,7 +245,7 @@ def main(arguments):
         print(json.dumps(answer, ensure_ascii=False, indent=1))
     else:
         for answer in answers:
-            print(*tell(answer), sep="\n")
+            print(*tell(answer, "--cells" in options), sep="\n")
         print(f"\n{len(answers)} documents", *tell_totals(totals), sep="\n")
         print(f"columns without a document: {', '.join(facts.without) or 'none'}")
         print(*(f"WRONG {problem}" for problem in problems), sep="\n", end="\n" if problems else "")
@@ -238,4 +253,5 @@ def main(arguments):
 
 
 if __name__ == "__main__":
+    signal.signal(signal.SIGPIPE, signal.SIG_DFL)  # whoever reads may stop
     sys.exit(main(sys.argv[1:]))
