@@ -1,6 +1,8 @@
 """Who holds which list and dict: the aliasing of the whole module against a declared map."""
 
 import gc
+import re
+import sys
 
 import pytest
 from columns import PUBLISHED, SYNTHETIC
@@ -87,24 +89,40 @@ def test_collector_knows_every_list():
             assert gc.is_tracked(rates)
 
 
-@pytest.mark.parametrize("kind", [float, str])
-def test_a_literal_is_one_object(kind):
-    """Every float literal of a published table and every key is one object, wherever it stands."""
+def values_in(value, kind):
+    """Every value of a type that can be reached, keys among them."""
+    if isinstance(value, dict):
+        for key, item in value.items():
+            yield from values_in(key, kind)
+            yield from values_in(item, kind)
+    elif isinstance(value, list):
+        for item in value:
+            yield from values_in(item, kind)
+    elif type(value) is kind:
+        yield value
+
+
+LITERALS = {
+    "published": [REPO_TABLES[name] for name in PUBLISHED if not name.startswith("DAV2004R")],
+    "synthetic": [REPO_TABLES[name] for name in SYNTHETIC],
+    "all": [REPO_TABLES],
+}
+
+
+@pytest.mark.parametrize(
+    ("where", "kind", "number"),
+    [("published", float, 6_000), ("all", str, 80), ("all", int, 30), ("synthetic", float, 2)],
+)
+def test_a_literal_is_one_object(where, kind, number):
+    """Wherever it stands; in synthetic tables this is said of the ends of their columns."""
     objects = {}
-
-    def walk(value):
-        if isinstance(value, dict):
-            for key, item in value.items():
-                walk(key)
-                walk(item)
-        elif isinstance(value, list):
-            for item in value:
-                walk(item)
-        elif type(value) is kind:
+    for value in values_in(LITERALS[where], kind):
+        if (where, kind) != ("synthetic", float) or value in (0.0, 1.0):
             objects.setdefault(value, set()).add(id(value))
-
-    for name in PUBLISHED:
-        if not name.startswith("DAV2004R"):
-            walk(REPO_TABLES[name])
     assert all(len(ids) == 1 for ids in objects.values())
-    assert len(objects) > {float: 6_000, str: 80}[kind]
+    assert len(objects) >= number
+
+
+def test_texts_like_names_are_interned_and_no_others():
+    for text in values_in(REPO_TABLES, str):
+        assert sys._is_interned(text) == bool(re.fullmatch(r"[A-Za-z0-9_]+", text)), text

@@ -33,7 +33,16 @@ PyType_Slot silent_slots[] = {{Py_mp_subscript, reinterpret_cast<void *>(fail_si
                               {0, nullptr}};
 PyType_Spec silent{"border.Silent", sizeof(PyObject), 0, Py_TPFLAGS_DEFAULT, silent_slots};
 
-PyMethodDef functions[] = {{"throws", throws, METH_O, nullptr}, {nullptr, nullptr, 0, nullptr}};
+PyObject *round_(PyObject * /*module*/, PyObject *const * /*arguments*/, Py_ssize_t /*count*/) {
+  return PyUnicode_FromString("rounded");
+}
+
+PyMethodDef functions[] = {
+    {"throws", throws, METH_O, nullptr},
+    {"round", reinterpret_cast<PyCFunction>(reinterpret_cast<void (*)()>(round_)), METH_FASTCALL,
+     nullptr},
+    {nullptr, nullptr, 0, nullptr},
+};
 PyModuleDef definition = {
     .m_base = PyModuleDef_HEAD_INIT, .m_name = "border", .m_size = -1, .m_methods = functions};
 

@@ -78,6 +78,15 @@ def test_interpreter_that_starts_again_gets_nothing_of_the_one_before(embed, rou
     assert embed(*rounds) == outcomes
 
 
+def test_function_that_is_only_named_like_a_builtin_is_called(embed):
+    assert embed(f"""
+        import border
+        builtins.round = border.round
+        from {NAME} import DummySD_Select
+        print({{*DummySD_Select["data"]["ix_m"][1]}})
+    """) == ["{'rounded'}"]
+
+
 def test_whatever_is_thrown_stops_at_the_border(embed):
     assert embed("""
         import border

@@ -131,6 +131,12 @@ SUCCESSES = {
             "_OX_F_BASE", lambda: bind(_OX_M_BASE=[Odd(n) for n in range(9)]))""",
         "DummyEXIT_Select['data']['ox_m'][1] == [0.0]",
     ),
+    "data that the module has lost is among the builtins": (
+        """
+        def lose(name="_DAV2004R_DATA"): setattr(builtins, name, module_dict().pop(name))
+        action = lambda: body_with("_DAV2004R_DATA", lose)""",
+        "DAV2004R_Agg_2o['data'] is builtins._DAV2004R_DATA['Agg_2o']",
+    ),
     "a base becomes a tuple": (
         at("_OX_M_BASE", "bind(_QX_LIFE=(0.5, 0.25))"),
         "DummyLIFE_LinearGen['data']['mi_m'] == [0.00075, 0.000375, 0.0]",
