@@ -1,114 +1,244 @@
 """Break the module on purpose, one way after the other, and see which test notices.
 
-Usage: ./dev mutants [NUMBER ...]. Works in a copy of the tree, in build/mutants. Fails when a mutant
-is not noticed. The result of the last full run stands in docs/reliability.md.
+Usage: ./dev mutants [--sample N] [--seed N] [--jobs N] [WORD ...]
+
+Breaks by hand first, those of tools/mutants.toml, then a sample of N (60) that rules make of all of
+tables/: operators swapped, conditions negated, numbers moved by one, statements dropped. Equal seeds
+give equal samples. With words only breaks whose description holds one of them are tried. Each job
+(2) works in a copy of the tree of its own, in build/mutants, and rebuilds what has changed. Fails
+when a break by hand is not noticed, or more than one in twenty of the sample. The result of the last
+full run stands in docs/reliability.md.
 """
 
+import argparse
 import os
+import random
 import re
-import shutil
 import subprocess
 import sys
+import tomllib
+from collections import Counter
+from concurrent.futures import ThreadPoolExecutor
+from dataclasses import dataclass
 from pathlib import Path
+from queue import SimpleQueue
 
 TOP = Path(__file__).resolve().parent.parent
-COPY = TOP / "build" / "mutants"
-
-# What is broken, the file, the text there, and what it is replaced by; then the build that is tested.
-MUTANTS = [
-    ("a wrong last digit of a rate", "tables/published/per2020.hpp", "856.585", "856.586"),
-    ("a wrong digit of an improvement factor", "tables/published/cmf2020.hpp", "0.039574", "0.039575"),
-    ("a wrong digit in a base vector", "tables/synthetic/base_vectors.hpp", "0.014175", "0.014176"),
-    ("a wrong rate of a level", "tables/synthetic/vocabulary.hpp", "{2024, 0.013}", "{2024, 0.014}"),
-    ("a wrong loading", "tables/published/per2020.hpp", "9.54", "9.55"),
-    ("a truncated product", "tables/published/cmf2020.hpp", "fifteenths + years / 2", "fifteenths"),
-    ("an integer end that became a float", "tables/published/gam_swiss.hpp", "{.last_decrement = 1}", "{.last_decrement = 1.0}"),
-    ("the slice one age short", "tables/payload/recipe_to_object.cpp", "recipe.length - 1)", "recipe.length - 2)"),
-    ("the wrong end of a list", "tables/payload/description_to_recipe.hpp", "proportional ? 0.0 : 1.0", "proportional ? 1.0 : 0.0"),
-    ("a missing reference count", "tables/payload/recipe_to_object.cpp", "return Py_NewRef(context_.literals[constant]);", "return context_.literals[constant];", "debug"),
-    ("a reference count too many", "tables/interpreter/reference.hpp", "~Reference() { Py_XDECREF(object_); }", "~Reference() {}", "debug"),
-    ("a leak where a call fails", "tables/dav2004r/functions.cpp", "  if (next_item(iterator)) {", "  if (next_item(iterator).release() != nullptr) {", "debug"),
-    ("a swapped key order", "tables/payload/key_orders.hpp", "Key::mi_scale_factor, Key::omega, Key::start_age, Key::description};", "Key::mi_scale_factor, Key::start_age, Key::omega, Key::description};"),
-    ("swapped columns", "tables/published/gam_swiss.hpp", 'flat("qx_m", literal(GAM71_qx_m)), flat("qx_f", literal(GAM71_qx_f))', 'flat("qx_f", literal(GAM71_qx_f)), flat("qx_m", literal(GAM71_qx_m))'),
-    ("statements of the body swapped", "tables/body.hpp", "    table(published::GAM71),\n    table(published::GAM83),", "    table(published::GAM83),\n    table(published::GAM71),"),
-    ("names of the inventory swapped", "tables/inventory.hpp", '    "GKMF95",\n    "IASS90",', '    "IASS90",\n    "GKMF95",'),
-    ("a shared list copied", "tables/payload/recipe_to_object.cpp", "    return context_.names.find(context_.literals[recipe.base]);", "    return Reference::steal(PySequence_List(context_.names.find(context_.literals[recipe.base]).get()));"),
-    ("a copied list shared", "tables/dav2004r/functions.cpp", "Reference::steal(PyList_GetSlice(list, 0, PY_SSIZE_T_MAX))", "Reference::borrow(list)"),
-    ("four equal durations in one list", "tables/dav2004r/functions.cpp", "    set_item(mapping, context.literals[ingredients.durations[index]],", "    if (index == 3) set_item(mapping, context.literals[ingredients.durations[3]], PyDict_GetItem(mapping.get(), context.literals[ingredients.durations[2]])); else set_item(mapping, context.literals[ingredients.durations[index]],"),
-    ("the factors of the other sex", "tables/dav2004r/resolve_ingredients.hpp", "resolve_factors(select_factors_f,", "resolve_factors(select_factors_m,"),
-    ("multiplication and addition fused", "tables/dav2004r/functions.cpp", "PyFloat_FromDouble(PyFloat_AS_DOUBLE(start) + part)", "PyFloat_FromDouble((static_cast<void>(part), __builtin_fma(weight.value, difference, PyFloat_AS_DOUBLE(start))))"),
-    ("a quotient for the weight", "tables/dav2004r/functions.cpp", "static_cast<double>(year - first_year) * 0.05", "static_cast<double>(year - first_year) / 20"),
-    ("a computed last year", "tables/dav2004r/functions.cpp", "copy_of(trends.target));", "blended(context.builtins, trends, last_year));"),
-    ("a certain rate discounted", "tables/payload/recipe_to_object.cpp", "less(rate, certain) ?", "!less(certain, rate) ?"),
-    ("rounding to six places", "tables/payload/rounding.hpp", "rounding_places = 7", "rounding_places = 6"),
-    ("rounding sure of every half", "tables/payload/rounding.hpp", "doubt = 1e-6", "doubt = 0.0"),
-    ("a replaced round not called", "tables/payload/recipe_to_object.cpp", "context_.builtins.own_round && ", ""),
-    ("a replaced zip not called", "tables/dav2004r/functions.cpp", "!builtins.own_zip", "false"),
-    ("a list walked to its old length", "tables/interpreter/lists.hpp", "Py_ssize_t index = 0; index < PyList_GET_SIZE(iterable)", "Py_ssize_t index = 0, size = PyList_GET_SIZE(iterable); index < size", "sanitize"),
-    ("a list that the collector never hears of", "tables/interpreter/lists.hpp", "    PyObject_GC_Track(list_.get());\n", ""),
-    ("an item of a list used without being held", "tables/interpreter/lists.hpp", "hold_unless(PyFloat_CheckExact(item), item)", "hold_unless(true, item)", "sanitize"),
-    ("items of two lists used without being held", "tables/dav2004r/functions.cpp", "const bool floats = both_exact_floats(start, target);", "const bool floats = true;", "sanitize"),
-    ("a failed import not given up", "tables/module.cpp", "  state().live.reset();\n", ""),
-    ("no traceback entry", "tables/module.cpp", "  if (progress.line != 0) {", "  if (progress.line < 0) {"),
-    ("no guard against a second interpreter", "tables/module.cpp", "state().interpreter != current", "false"),
-    ("no guard against a second module", "tables/module.cpp", "state().live->module.get() == module", "true"),
-    ("errors of the spec swallowed", "tables/module.cpp", "  check(PyObject_GetOptionalAttrString(spec, attribute, &found));", "  if (PyObject_GetOptionalAttrString(spec, attribute, &found) < 0) PyErr_Clear();"),
-    ("the short name taken by force", "tables/module.cpp", "if (registered == 0)", "if (registered >= 0)"),
-    ("the version not compared", "tables/module.cpp", "minor == PY_MINOR_VERSION", "minor >= 0"),
-    ("a list subclass accepted", "tables/dav2004r/arguments.cpp", "PyList_CheckExact(value)", "PyList_Check(value)"),
-]  # fmt: skip
+COPIES = TOP / "build" / "mutants"
+ENOUGH = 0.95  # of a sample
 
 
-def fresh_copy():
-    files = subprocess.run(
-        ["git", "ls-files", "--cached", "--others", "--exclude-standard"],
-        cwd=TOP, capture_output=True, text=True, check=True,
-    ).stdout.split()  # fmt: skip
+@dataclass(frozen=True)
+class Mutant:
+    what: str
+    file: str
+    start: int  # where in the file what is replaced begins
+    old: str
+    new: str
+    build: str = "release"
+    rule: str = "by hand"
+
+
+# ---- breaks by hand ----
+
+
+def by_hand():
+    for each in tomllib.loads((TOP / "tools/mutants.toml").read_text("utf-8"))["mutant"]:
+        start = (TOP / each["file"]).read_text("utf-8").find(each["old"])
+        if start < 0:
+            sys.exit(f"mutants: {each['what']}: {each['file']} has no {each['old']!r}")
+        yield Mutant(start=start, **each)
+
+
+# ---- breaks by rules ----
+
+SWAPS = {
+    "<": "<=", "<=": "<", ">": ">=", ">=": ">", "==": "!=", "!=": "==", "&&": "||", "||": "&&",
+    "+": "-", "-": "+", "*": "/", "/": "*", "+=": "-=", "-=": "+=",
+}  # fmt: skip
+# The formatter puts blanks around operators and none around the brackets of templates.
+OPERATOR = re.compile(r"(?<=[\w)\]] )(%s)(?= [\w(*&!-])" % "|".join(map(re.escape, SWAPS)))
+CONDITION = re.compile(r"(?<=\bif )\((.*)\)(?= \{$)")
+NUMBER = re.compile(r"(?<![\w.\"'])\d+(?:\.\d+)?(?:e-?\d+)?(?![\w.\"'])")
+STATEMENT = re.compile(r"(?:[\w:.\]\[]|->)+\(.*\);|[\w.\->]+ [-+|]?= .*;|\+\+\w+;")
+ROW_OF_DIGITS = re.compile(r"[ 0-9.,e-]+(//.*)?")
+
+
+def moved(number):
+    """The number with its last digit moved by one."""
+    digits, power, exponent = number.partition("e")
+    last = str((int(digits[-1]) + 1) % 10)
+    whole = digits[:-1] + last if "." in digits else str(int(digits) + 1)
+    return whole + power + exponent
+
+
+def code_lines(text):
+    """The lines with code, each with where it starts, without what is a comment or a text."""
+    start = 0
+    for line in text.splitlines(keepends=True):
+        code = re.sub(r'"(?:\\.|[^"\\])*"', lambda quoted: '"' + "~" * (len(quoted[0]) - 2) + '"', line)
+        code = code.split("//")[0].rstrip()
+        if code.strip() and not code.lstrip().startswith(("#", "static_assert", "using")):
+            yield start, code
+        start += len(line)
+
+
+def changes_of(code):
+    """Rule, column, old and new of all that the rules make of a line."""
+    if ROW_OF_DIGITS.fullmatch(code):
+        for found in NUMBER.finditer(code):
+            yield "digit of a page", found.start(), found[0], moved(found[0])
+        return
+    for found in OPERATOR.finditer(code):
+        yield "operator swapped", found.start(), found[0], SWAPS[found[0]]
+    for found in CONDITION.finditer(code):
+        yield "condition negated", found.start(), found[0], f"(!{found[0]})"
+    for found in NUMBER.finditer(code):
+        yield "number moved by one", found.start(), found[0], moved(found[0])
+    statement = code.strip()
+    if STATEMENT.fullmatch(statement) and statement.count("(") == statement.count(")"):
+        yield "statement dropped", code.index(statement), statement, ";"
+
+
+def by_rules():
+    for path in sorted(TOP.glob("tables/**/*.[ch]pp")):
+        file = str(path.relative_to(TOP))
+        if path.name in ("docstring.hpp", "terminate.cpp"):  # no code; what never runs
+            continue
+        text = path.read_text("utf-8")
+        for start, code in code_lines(text):
+            for rule, column, old, new in changes_of(code):
+                at = start + column
+                # Texts are blanked out in `code`, and are part of what a whole statement replaces.
+                old = text[at : at + len(old)]
+                new = f"(!{old})" if rule == "condition negated" else new
+                line = text.count("\n", 0, at) + 1
+                yield Mutant(f"{file}:{line}: {old} → {new}", file, at, old, new, rule=rule)
+
+
+def sample_of(mutants, size, seed):
+    """As many of each rule, drawn from all files alike."""
+    dice, rules = random.Random(seed), {}
+    for each in mutants:
+        rules.setdefault(each.rule, []).append(each)
+    for group in rules.values():
+        dice.shuffle(group)
+    drawn = []
+    while len(drawn) < size and any(rules.values()):
+        drawn += [group.pop() for group in rules.values() if group][: size - len(drawn)]
+    return drawn
+
+
+# ---- trying them ----
+
+
+def refresh(copy):
+    """Make the copy equal to the tree; writes only what differs, for the build looks at times."""
+    command = ["git", "ls-files", "-z", "--cached", "--others", "--exclude-standard"]
+    listed = subprocess.run(command, cwd=TOP, capture_output=True, text=True, check=True)
+    files = [file for file in listed.stdout.split("\0") if file and (TOP / file).is_file()]
     for file in files:
-        target, content = COPY / file, (TOP / file).read_bytes()
-        target.parent.mkdir(parents=True, exist_ok=True)
-        # Only what differs is written, so that the build sees what has changed, and only that.
-        if not target.exists() or target.read_bytes() != content:
-            target.write_bytes(content)
-            shutil.copymode(TOP / file, target)
+        source, target = TOP / file, copy / file
+        if not target.exists() or target.read_bytes() != source.read_bytes():
+            target.parent.mkdir(parents=True, exist_ok=True)
+            target.write_bytes(source.read_bytes())
+            target.chmod(source.stat().st_mode)
 
 
-def noticed_by(build):
-    """The first test that fails on the copy, or the compiler's sentence; None when nothing does."""
-    quick_first = sorted(f"tests/{path.name}" for path in (COPY / "tests").glob("test_*.py"))
-    quick_first.append("tests/reliability")
-    tests = subprocess.run(
-        ["./dev", "test", "-x", "-q", *quick_first], cwd=COPY, capture_output=True, text=True, check=False,
-        env=os.environ | {"DATA_TABLES_BUILD": build},
-    )  # fmt: skip
-    output = tests.stdout + tests.stderr
-    if tests.returncode == 0:
-        return None
-    if failed := re.search(r"^(?:FAILED|ERROR) (?:tests/)?(.+?)(?: - |$)", output, re.M):
-        return failed[1]
+def run(copy, seconds, *command, **environment):
+    """Status and output of a command; None for the status when it takes too long."""
+    try:
+        done = subprocess.run(
+            command, cwd=copy, capture_output=True, text=True, check=False, timeout=seconds,
+            env=os.environ | environment, errors="replace", start_new_session=True,
+        )  # fmt: skip
+    except subprocess.TimeoutExpired:
+        return None, ""
+    return done.returncode, done.stdout + done.stderr
+
+
+def told(status, output):
+    """What a failed run says: the test, the compiler's sentence, or how the process ended."""
+    if status is None:
+        return "the time that it takes"
+    if failed := re.search(r"^(?:FAILED|ERROR) (?:tests/)?(.+?)(?: - |$)", output, re.MULTILINE):
+        return f"`{failed[1]}`"
     if error := re.search(r"error: (.*)", output):
         return f"the compiler: {error[1][:80]}"
     crash = re.search(r"(SEGV|Fatal Python error: [^\n]*|AddressSanitizer: \S+)", output)
-    return f"the end of the process: {crash[1]}" if crash else output[-300:]
+    return f"the end of the process: {crash[1] if crash else output[-200:]}"
 
 
-def main(chosen):
-    unnoticed = 0
-    for number, (what, file, old, new, *build) in enumerate(MUTANTS, 1):
-        if chosen and number not in chosen:
-            continue
-        fresh_copy()
-        path = COPY / file
-        source = path.read_text()
-        mutated, count = source.replace(old, new, 1), source.count(old)
-        if not count:
-            sys.exit(f"mutant {number}: {file} has no {old!r}")
-        path.write_text(mutated)
-        caught = noticed_by(build[0] if build else "release")
-        unnoticed += caught is None
-        print(f"| {number} | {what} | {caught or '**nobody**'} |", flush=True)
-    sys.exit(bool(unnoticed))
+QUICK = ("test_inventory", "test_module", "test_descriptions", "test_dav2004r", "test_synthetic",
+         "test_sharing", "test_laws")  # fmt: skip
+STAGES = (
+    ("release", [f"tests/{name}.py" for name in QUICK]),
+    ("release", ["tests/reliability", "--ignore=tests/reliability/test_out_of_memory.py"]),
+    ("debug", [f"tests/{name}.py" for name in QUICK] + ["tests/reliability"]),
+)
+
+
+def tests(copy, build, arguments):
+    """The first test that fails on a build of the copy; None when all pass."""
+    command = ("./dev", "test", "-x", "-q", *arguments)
+    status, output = run(copy, 1200, *command, DATA_TABLES_BUILD=build)
+    return None if status == 0 else told(status, output)
+
+
+def noticed_by(copy, build):
+    stages = [stage for stage in STAGES if stage[0] == build] or [(build, STAGES[-1][1])]
+    if build == "release":
+        stages = STAGES
+    return next(filter(None, (tests(copy, *stage) for stage in stages)), None)
+
+
+def try_all(mutants, jobs):
+    """Each mutant with what noticed it, in the order in which they are done."""
+    copies = SimpleQueue()
+    for number in range(jobs):
+        refresh(COPIES / str(number))
+        copies.put(COPIES / str(number))
+
+    def attempt(mutant):
+        copy = copies.get()
+        try:
+            refresh(copy)
+            source = (TOP / mutant.file).read_text("utf-8")
+            end = mutant.start + len(mutant.old)
+            broken = source[: mutant.start] + mutant.new + source[end:]
+            (copy / mutant.file).write_text(broken, "utf-8")
+            return mutant, noticed_by(copy, mutant.build)
+        finally:
+            copies.put(copy)
+
+    with ThreadPoolExecutor(jobs) as pool:
+        yield from pool.map(attempt, mutants)
+
+
+def main():
+    parser = argparse.ArgumentParser(prog="./dev mutants", description=__doc__.split("\n")[0])
+    parser.add_argument("--sample", type=int, default=60, help="how many of the rules")
+    parser.add_argument("--seed", type=int, default=1, help="which ones")
+    parser.add_argument("--jobs", type=int, default=2, help="how many at a time")
+    parser.add_argument("words", nargs="*", help="parts of descriptions")
+    options = parser.parse_args()
+    mutants = [*by_hand(), *sample_of(by_rules(), options.sample, options.seed)]
+    if options.words:
+        mutants = [each for each in mutants if any(word in each.what for word in options.words)]
+    tried, missed = Counter(), Counter()
+    for mutant, caught in try_all(mutants, options.jobs):
+        tried[mutant.rule] += 1
+        missed[mutant.rule] += caught is None
+        what = mutant.what.replace("\n", " ").replace("|", "\\|")
+        print(f"| {mutant.rule} | {what} | {caught or '**nobody**'} |", flush=True)
+    for rule, count in tried.items():
+        print(f"{rule}: {count - missed[rule]} of {count}")
+    by_hand_missed = missed.pop("by hand", 0)
+    sampled = tried.total() - tried["by hand"]
+    share = 1 - missed.total() / max(sampled, 1)
+    print(f"sample of seed {options.seed}: {share:.1%} of {sampled} noticed")
+    sys.exit(by_hand_missed > 0 or share < ENOUGH)
 
 
 if __name__ == "__main__":
-    main(set(map(int, sys.argv[1:])))
+    main()
