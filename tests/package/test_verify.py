@@ -21,6 +21,7 @@ sys.path[:0] = [str(Path(__file__).parents[2] / "tools" / part) for part in ("ve
 import chile
 import formats
 import record
+import second_sources
 import society_of_actuaries
 import spain_boe
 import spain_studies
@@ -28,7 +29,7 @@ import verify
 from compare import HELD
 
 FACTS = record.load()
-PAGE = 45  # rows
+AGES = range(121)
 SUMS = "annex 1.1 plus the loading of annex 2.1"
 
 
@@ -71,14 +72,14 @@ def pdf(pages):
         objects.append(f"<</Length {len(stream)}>>stream\n{stream}\nendstream")
     kids = " ".join(f"{number} 0 R" for number in range(4, len(objects) + 1, 2))
     objects[1] = f"<</Type/Pages/Kids[{kids}]/Count {len(pages)}>>"
-    written, places = "%PDF-1.4\n", []
-    for number, body in enumerate(objects, 1):
-        places.append(len(written))
-        written += f"{number} 0 obj{body}endobj\n"
-    table = "0000000000 65535 f \n" + "".join(f"{place:010} 00000 n \n" for place in places)
-    size = len(objects) + 1
-    end = f"xref\n0 {size}\n{table}trailer<</Size {size}/Root 1 0 R>>\nstartxref\n{len(written)}\n"
-    return (written + end + "%%EOF").encode("latin-1")
+    # Readers do without the table of contents at the end of a file.
+    body = "".join(f"{number} 0 obj{each}endobj\n" for number, each in enumerate(objects, 1))
+    return f"%PDF-1.4\n{body}trailer<</Root 1 0 R>>\n%%EOF".encode("latin-1")
+
+
+def pages_of(head, rows):
+    """A page has 45 rows and may have a head."""
+    return [[*head, *rows[at : at + 45]] for at in range(0, len(rows), 45)]
 
 
 def spanish(figure, decimals):
@@ -89,16 +90,10 @@ def gazette(printed, reverse=False):
     pages, heads = [], list(spain_boe.ANNEXES)
     for group in (heads[:2], heads[2:4], heads[4:5], heads[5:6], heads[6:]):
         title = "   ".join(f"Anexo {annex} {name}_orden" for annex, name in group)
-        rows = []
-        for age in range(121):
-            cells = [
-                gazette_cell(printed, table, column, age)
-                for table, columns in map(spain_boe.ANNEXES.get, group)
-                for column in columns
-            ]
-            if all(cells):
-                rows.append("   ".join([str(age), *cells]))
-        pages += [[title, *rows[at : at + PAGE]] for at in range(0, len(rows), PAGE)]
+        annexes = [spain_boe.ANNEXES[head] for head in group]
+        keys = [(table, column) for table, columns in annexes for column in columns]
+        rows = ([str(age), *(gazette_cell(printed, *key, age) for key in keys)] for age in AGES)
+        pages += pages_of([title], ["   ".join(row) for row in rows if all(row)])
     return pdf(pages[::-1] if reverse else pages)
 
 
@@ -122,12 +117,11 @@ def gazette_cell(printed, table, column, age):
 
 def study(printed, reverse=False):
     rows = []
-    for age in range(121):
+    for age in AGES:
         figures = [printed[column].get(age) for column in spain_studies.PASEM_COLUMNS]
         if figures[0] is not None:
             rows.append("   ".join([str(age), *(spanish(figure, 6) for figure in figures)]))
-    rows = [" ".join(spain_studies.PASEM_HEAD), *rows]
-    pages = [rows[at : at + PAGE] for at in range(0, len(rows), PAGE)]
+    pages = pages_of([], [" ".join(spain_studies.PASEM_HEAD), *rows])
     return pdf(pages[::-1] if reverse else pages)
 
 
@@ -231,12 +225,9 @@ def xtbml(number):
         last = f"{column}.ult" if (table, f"{column}.ult") in printed else column
         if last != column:
             select = [printed[table, f"{column}.{duration}"] for duration in (0, 1)]
-            rows = (
-                f'<Axis t="{age}"><Axis>'
-                + "".join(f'<Y t="{n}">{at.get(age, "")}</Y>' for n, at in enumerate(select, 1))
-                + "</Axis></Axis>"
-                for age in sorted(select[1], reverse=reverse)
-            )
+            cells = '<Axis t="{0}"><Axis><Y t="1">{1}</Y><Y t="2">{2}</Y></Axis></Axis>'
+            ages = sorted(select[1], reverse=reverse)
+            rows = (cells.format(age, *(rates.get(age, "") for rates in select)) for age in ages)
             tables.append("".join(rows))
         rates = sorted(printed[table, last].items(), reverse=reverse)
         rows = (f'<Y t="{age}">{rate}</Y>' for age, rate in rates)
@@ -281,7 +272,7 @@ def r_data(printed, reverse=False):
     return gzip.compress(head + entry + symbol("GAM71F") + frame + end)
 
 
-PEAI_TEXT = "Edad,ix ind Hombre,iy ind Mujer,ix col Hombre,iy col Mujer"
+TEXTS = {name: text(",".join(head), of) for head, (name, of) in second_sources.TEXTS.items()}
 FORMS = {  # a cell that no other is computed from
     "BOE-A-2020-17154.pdf": (gazette, "PASEM2020_Dec_2o", "qx_m", 60),
     "PASEM2010-study.pdf": (study, "PASEM2010", "qx_f", 44),
@@ -291,14 +282,8 @@ FORMS = {  # a cell that no other is computed from
     "t2361.xml": (xtbml("2361"), "AM92_AF92", "qx_f.1", 91),
     "92series.xls": (cmi, "AM92_AF92", "qx_m.0", 60),
     "articles-20210_tablas_mort_hist.xlsx": (supervisor, "MI_M_2020", "mi_f.2030", 60),
-    "PASEM2010.csv": (
-        text("Edad,Hombre qx,Mujer qx", [("PASEM2010", "qx_m"), ("PASEM2010", "qx_f")]),
-        "PASEM2010", "qx_m", 100,
-    ),
-    "PEAIMF2007.csv": (
-        text(PEAI_TEXT, [(f"PEAI2007_IAP_{b}", f"ix_{s}") for b in ("Ind", "Col") for s in "mf"]),
-        "PEAI2007_IAP_Ind", "ix_f", 18,
-    ),
+    "PASEM2010.csv": (TEXTS["PASEM2010.csv"], "PASEM2010", "qx_m", 100),
+    "PEAIMF2007.csv": (TEXTS["PEAIMF2007.csv"], "PEAI2007_IAP_Ind", "ix_f", 18),
     "gam_71_male.csv": (text("age,qx", [("GAM71", "qx_m")]), "GAM71", "qx_m", 5),
     "GAM71F.rda": (r_data, "GAM71", "qx_f", 100),
 }  # fmt: skip

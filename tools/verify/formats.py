@@ -40,7 +40,7 @@ def open_document(content):
         (b"", "csv", csv_rows),
     ):
         if content.startswith(beginning):
-            # The bounds of parsers that others wrote: whatever they raise, the file is at fault.
+            # Whatever a parser that others wrote raises, the file is at fault.
             try:
                 return name, opener(content)
             except Unreadable:

@@ -7,14 +7,9 @@ from fnmatch import fnmatchcase
 
 import provenance
 
-# What a declared difference may say of the cells that it names.
-KINDS = {
-    "figures": "the document prints these figures",
-    "repeats": "the document repeats the closing rate after omega",
-    "not_held": "the document prints ages that the module does not hold",
-    "not_printed": "the module holds ages that the document does not print",
-    "rounded": "the document prints fewer decimals",
-}
+DECLARED = "declared.toml"
+# What a declared difference says of cells; the file tells what each means.
+KINDS = {"figures", "repeats", "not_held", "not_printed", "rounded"}
 
 
 @dataclass
@@ -60,7 +55,7 @@ def figures_of(text):
 
 
 def declarations(entry):
-    (kind,) = KINDS.keys() & entry.keys()
+    (kind,) = KINDS & entry.keys()
     common = (entry.get("place", "*"), kind, entry["reason"])
     if kind == "figures":
         for columns, figures in entry[kind].items():
@@ -88,6 +83,6 @@ def load():
             if entry["published"] and not entry["documents"]:
                 without.append(f"{table} {row}")
     digests = {name: facts["sha256"] for name, facts in register["documents"].items()}
-    entries = tomllib.loads((provenance.FOLDER / "declared.toml").read_text(encoding="utf-8"))["declared"]
-    declared = [item for entry in entries for item in declarations(entry)]
+    declared = tomllib.loads((provenance.FOLDER / DECLARED).read_text(encoding="utf-8"))
+    declared = [item for entry in declared["declared"] for item in declarations(entry)]
     return Record(digests, rows, claims, without, declared)
