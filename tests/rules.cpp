@@ -136,11 +136,14 @@ int main() {
   BREAK("not a number between 0 and", fixed, t.data = qx(0.3, 0.4, 1.1, 1.0));
   BREAK("stands below omega", fixed, t.data = qx(0.3, 0.4, 1.0, 1.0));
   BREAK("stands below omega", fixed, t.oddities.male_certain_from = 67);
+  BREAK("stands out from those", fixed, t.data = qx(0.3, 0.8, 0.6, 1.0));
+  BREAK("stands out from those", fixed, t.data = qx(0.3, 0.2, 0.6, 1.0));
+  BREAK("stands out from those", aggregate, t.data = mi(0.001, 0.01, 0.0, 0.0));
   BREAK("the certain decrement, as a float", fixed, t.data = qx(0.3, 0.4, 0.6, 1));
   BREAK("the certain decrement, as a float", fixed, t.data = qx(0.3, 0.4, 0.6, 0.9));
   BREAK("the certain decrement, as a float", fixed, t.unit = Unit::per_mille);
-  BREAK("declares as its exception", fixed, t.oddities.last_decrement = 0.9);
-  BREAK("declares as its exception", fixed, t.oddities.last_decrement = 1);
+  BREAK("declares as its oddity", fixed, t.oddities.last_decrement = 0.9);
+  BREAK("declares as its oddity", fixed, t.oddities.last_decrement = 1);
   BREAK("ordinary rate", fixed, t.table_type = TableType::disability;
         t.data = {flat("ix_m", ultimate)});
   BREAK("ordinary rate", fixed, t.table_type = TableType::disability;
