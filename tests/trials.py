@@ -32,7 +32,7 @@ def trial(*snippets):
 
 
 def complete(module):
-    return len(getattr(module, "REPO_TABLES", ())) == 66 and list(vars(module))[-1] == "__test__"
+    return list(vars(module))[-2:] == ["REPO_TABLES", "__test__"]
 
 
 def import_it():

@@ -175,7 +175,8 @@ def test_safe_copy_leaves_the_module_as_it_was():
 @pytest.mark.parametrize("document", ["README.md", "docs/provenance.md", "docs/reading.md", "docs/types.md"])
 def test_code_in_documents_prints_what_it_says(document):
     """Each print of a block has its output behind it, as a comment."""
-    blocks = re.findall(r"^```python\n(.*?)^```", (TOP / document).read_text(), re.M | re.S)
+    text = (TOP / document).read_text(encoding="utf-8")
+    blocks = re.findall(r"^```python\n(.*?)^```", text, re.M | re.S)
     printed, given = io.StringIO(), []
     names = {"TableBuilder": lambda *data, **payload: given.append((*data, payload))}
     with contextlib.redirect_stdout(printed):
@@ -184,6 +185,10 @@ def test_code_in_documents_prints_what_it_says(document):
     promised = re.findall(r"^ *print\(.*\)  # (.*)$", "".join(blocks), re.M)
     assert printed.getvalue().splitlines() == promised and len(promised) >= 2
     if document == "README.md":
+        synthetic = [name for name in REPO_TABLES if name.startswith("Dummy")]
+        counts = [len(REPO_TABLES), len(REPO_TABLES) - len(synthetic), len(synthetic)]
+        told = re.findall(r"(\d+) (?:actuarial|tables are published|are synthetic)", text)
+        assert told == list(map(str, counts))
         assert promised[0] == f"{per2020_annuity(65, 2026, 65)[2]:.6f}"
         ((data, payload),) = given
         assert data is module.PER2020_Ind_1o["data"] and "data" not in payload

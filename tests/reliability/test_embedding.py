@@ -18,7 +18,7 @@ def outcome():
         module = importlib.import_module("{NAME}")
     except BaseException as error:
         return f"{{type(error).__name__}}: {{error}}"
-    assert len(module.REPO_TABLES) == 66 and list(vars(module))[-1] == "__test__"
+    assert list(vars(module))[-2:] == ["REPO_TABLES", "__test__"]
     assert module._dav_mi_linear([0.0], [1.0])[2014] == [0.5]
     return "complete"
 """
@@ -26,7 +26,7 @@ FAIL = "kept = zip; del builtins.zip; print(outcome()); builtins.zip = kept"
 OTHER = f"""
 import _interpreters
 other = _interpreters.create("legacy")
-failure = _interpreters.exec(other, "import {NAME} as module; assert len(module.REPO_TABLES) == 66")
+failure = _interpreters.exec(other, "import {NAME} as module; assert list(vars(module))[-1] == '__test__'")
 print(f"{{failure.type.__name__}}: {{failure.msg}}" if failure else "complete")
 """
 REFUSED = (

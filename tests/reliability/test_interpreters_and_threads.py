@@ -6,7 +6,7 @@ from trials import trial
 INTERPRETERS = """
     import _interpreters
     from _interpreters import destroy
-    IMPORT = f"import {NAME} as module\\nassert len(module.REPO_TABLES) == 66"
+    IMPORT = f"import {NAME} as module\\nassert list(vars(module))[-1] == '__test__'"
     REFUSED = (
         "ImportError: Interpreter change detected - this module can only be loaded into one"
         " interpreter per process."
