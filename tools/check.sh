@@ -2,21 +2,21 @@
 # $here is the top of the tree, $preset the build, python_of its interpreter.
 
 cd "$here"
-sources=$(git ls-files --cached --others --exclude-standard 'tables/*.cpp')
-headers=$(git ls-files --cached --others --exclude-standard 'tables/*.hpp')
+mapfile -t sources < <(git ls-files --cached --others --exclude-standard 'tables/*.cpp')
+mapfile -t headers < <(git ls-files --cached --others --exclude-standard 'tables/*.hpp')
 
 say 'checking the shell scripts'
-bash -n dev tools/check.sh .ci/run
+shellcheck --check-sourced dev .ci/run
 
 say 'checking that each header compiles alone'
 include=$(python3.14 -c 'import sysconfig; print(sysconfig.get_path("include"))')
-echo "$headers" | xargs -P "$(nproc)" -I{} "${CXX:-c++}" -std=c++20 -fsyntax-only -Wall -Wextra \
+printf '%s\n' "${headers[@]}" | xargs -P "$(nproc)" -I{} "${CXX:-c++}" -std=c++20 -fsyntax-only -Wall -Wextra \
   -Itables -isystem "$include" \
   -include {} -xc++ /dev/null || fail 'a header does not compile alone'
 
-say 'running clang-tidy (about three minutes)'
+say 'running clang-tidy (about a minute)'
 build clang
-echo "$sources" | xargs -P "$(nproc)" -n 1 clang-tidy --quiet -p build/clang 2>build/clang-tidy.log ||
+printf '%s\n' "${sources[@]}" | xargs -P "$(nproc)" -n 1 clang-tidy --quiet -p build/clang 2>build/clang-tidy.log ||
   fail 'clang-tidy has found something'
 
 say 'checking the stub against the module'
@@ -45,4 +45,4 @@ say 'checking the types of the packaging tools'
 mypy tools/wheel.py tools/changelog.py >build/mypy.log || { cat build/mypy.log >&2; fail 'mypy'; }
 
 say 'checking that formatting changes nothing'
-clang-format --dry-run --Werror $sources $headers
+clang-format --dry-run --Werror "${sources[@]}" "${headers[@]}"

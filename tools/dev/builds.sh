@@ -1,4 +1,3 @@
-# shellcheck shell=bash
 # Sourced by `dev`: the builds, each in its folder below build/.
 
 builds=(release clang debug sanitize)

@@ -1,4 +1,3 @@
-# shellcheck shell=bash
 # Sourced by `dev`: what the tools and the tests take from npm.
 
 # Installs what package.json lists, once for each package-lock.json, and sets DATA_TABLES_NPM to

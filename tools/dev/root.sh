@@ -1,4 +1,3 @@
-# shellcheck shell=bash
 # Sourced by `dev`: a Debian root that has CPython 3.14, for machines that have not.
 
 suite=forky
@@ -54,7 +53,9 @@ close_cache() {
 # Installs packages on this machine itself.
 install_here() {
   local log=$cache/install.log
-  [ "$(id -u)" = 0 ] && command -v apt-get >/dev/null || fail "missing on this machine: $*"
+  if [ "$(id -u)" != 0 ] || ! command -v apt-get >/dev/null; then
+    fail "missing on this machine: $*"
+  fi
   say "installing on this machine: $*"
   { apt-get update && apt-get install -y --no-install-recommends "$@"; } >"$log" 2>&1 </dev/null ||
     { tail -n 20 "$log" >&2; fail "apt-get cannot install $*; the log is $log"; }

@@ -1,4 +1,3 @@
-# shellcheck shell=bash
 # Sourced by `dev`: what its commands ask for beyond the base, set by set, and the Debian packages
 # that bring it. A line for each: name, what it is for, what proves on a machine with its own
 # CPython 3.14 that it is there (commands, and Python modules with a dot in front), packages.
@@ -10,7 +9,7 @@ set_is() {
 
 set_is base 'interpreter, headers, compiler, CMake and Ninja, for all commands' \
   'c++ cmake ninja' 'python3-dev g++ cmake ninja-build'
-set_is tests 'pytest and what tests of `dev` run it in' \
+set_is tests 'pytest, and what the tests of dev run it in' \
   '.pytest .xdist .hypothesis bwrap' 'python3-pytest python3-pytest-xdist python3-hypothesis bubblewrap'
 set_is arrays 'numpy and pandas, for the examples' \
   '.numpy .pandas' 'python3-numpy python3-pandas'
@@ -21,7 +20,8 @@ set_is clang 'a second compiler' \
 set_is debug 'the debug interpreter' \
   'python3.14-dbg' 'python3-dbg'
 set_is checks 'formatting and static analysis' \
-  'clang-format clang-tidy mypy git' 'clang-format clang-tidy mypy git'
+  'clang-format clang-tidy mypy git ruff shellcheck' \
+  'clang-format clang-tidy mypy git ruff shellcheck'
 set_is types 'type checkers, and Node for the one from npm' \
   '.mypy node' 'mypy nodejs'
 set_is browser 'Chromium, for the atlas' \

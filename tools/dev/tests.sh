@@ -1,4 +1,3 @@
-# shellcheck shell=bash
 # Sourced by `dev`: which tests are run, with what, and how.
 
 # The sets that test files ask for beside `tests`, in a line of theirs.
