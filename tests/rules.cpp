@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdio>
 #include <iterator>
+#include <list>
 #include <vector>
 
 namespace {
@@ -87,10 +88,11 @@ const Column no_ult = duration_grid("mi_m", {{1, trend}, {2, trend}, {3, trend}}
 
 // The keys of a static table without some, then others.
 KeyOrder keys(std::optional<Key> without, std::vector<Key> more = {}) {
-  auto *const kept = new std::vector<Key>(std::move(more));
-  std::ranges::copy_if(key_order::static_table, std::back_inserter(*kept),
+  static std::list<std::vector<Key>> orders; // a description holds no keys of its own
+  orders.push_back(std::move(more));
+  std::ranges::copy_if(key_order::static_table, std::back_inserter(orders.back()),
                        [=](Key each) { return each != without; });
-  return *kept;
+  return orders.back();
 }
 
 } // namespace

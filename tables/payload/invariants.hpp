@@ -22,31 +22,35 @@ constexpr void require(bool holds, const char *sentence) {
 struct Place {
   std::string_view column;
   Label label{};
-  int age = 999; // of no rate: the rule is about all ages
+  int age = 999; // none: the rule is about all ages
 
   // 1, the year or duration in four digits (0000: none, 9999: "ult"), the age in three.
   [[nodiscard]] constexpr std::size_t number() const {
-    const int label_digits = label.ultimate ? 9999 : label.number;
-    return static_cast<std::size_t>(10'000'000 + label_digits * 1000 + age);
+    const int year_or_duration = label.ultimate ? 9999 : label.number;
+    const int digits = ((10'000 + year_or_duration) * 1000) + age;
+    return static_cast<std::size_t>(digits);
   }
 };
 
 // Compilers print no text that they have computed. They do print the name of an array that is read
 // behind its end, and at which number.
 constexpr bool reads_behind_the_end(const Place &place) {
-  constexpr bool qx_m[1]{}, qx_f[1]{}, ix_m[1]{}, ix_f[1]{};
-  constexpr bool ox_m[1]{}, ox_f[1]{}, mi_m[1]{}, mi_f[1]{}, other[1]{};
+  using Ends = bool[1];
+  constexpr Ends qx_m{};
+  constexpr Ends qx_f{};
+  constexpr Ends ix_m{};
+  constexpr Ends ix_f{};
+  constexpr Ends ox_m{};
+  constexpr Ends ox_f{};
+  constexpr Ends mi_m{};
+  constexpr Ends mi_f{};
+  constexpr Ends other{};
   const std::string_view column = place.column;
   const std::size_t number = place.number();
-  return column == "qx_m"   ? qx_m[number]
-         : column == "qx_f" ? qx_f[number]
-         : column == "ix_m" ? ix_m[number]
-         : column == "ix_f" ? ix_f[number]
-         : column == "ox_m" ? ox_m[number]
-         : column == "ox_f" ? ox_f[number]
-         : column == "mi_m" ? mi_m[number]
-         : column == "mi_f" ? mi_f[number]
-                            : other[number];
+  return (column == "qx_m" && qx_m[number]) || (column == "qx_f" && qx_f[number]) ||
+         (column == "ix_m" && ix_m[number]) || (column == "ix_f" && ix_f[number]) ||
+         (column == "ox_m" && ox_m[number]) || (column == "ox_f" && ox_f[number]) ||
+         (column == "mi_m" && mi_m[number]) || (column == "mi_f" && mi_f[number]) || other[number];
 }
 
 constexpr void require(bool holds, const char *sentence, const Place &place) {
