@@ -16,7 +16,8 @@ import openpyxl
 import pytest
 import xlwt
 
-sys.path[:0] = [str(Path(__file__).parents[2] / "tools" / part) for part in ("verify", "")]
+sys.path.insert(0, str(Path(__file__).parents[2] / "tools"))
+sys.path.insert(0, str(Path(__file__).parents[2] / "tools" / "verify"))
 
 import chile
 import formats
@@ -171,11 +172,13 @@ def dav(printed, reverse=False):
         base_heads[3][: len(trends) + 1],
     ]
     factors = [[n, 0.670538, 0.712823] if n == 1 else [n, 0.876209, 0.79823] for n in range(1, 6)]
-    return xlsx({
-        "Trends": sheet(trend_heads, printed, trends, reverse),
-        "Basistafeln": sheet(base_heads, printed, bases, reverse),
-        "Selektionsfaktoren": [["Faktoren"], [None, "Männer", "Frauen"], *factors],
-    })
+    return xlsx(
+        {
+            "Trends": sheet(trend_heads, printed, trends, reverse),
+            "Basistafeln": sheet(base_heads, printed, bases, reverse),
+            "Selektionsfaktoren": [["Faktoren"], [None, "Männer", "Frauen"], *factors],
+        }
+    )
 
 
 def supervisor(printed, reverse=False):

@@ -3,7 +3,7 @@
 import re
 
 from formats import read_columns, text_of
-from printed import Printed, Unreadable
+from printed import Printed, UnreadableError
 
 NAME = "articles-20210_tablas_mort_hist.xlsx"
 TITLE = re.compile(r"TABLA(CB|MI|RV|B)-2020-(HOMBRES|MUJERES)")
@@ -24,11 +24,10 @@ def read(_name, sheets):
             family, sex = title[1], title[2][0]
             names, years = ([text_of(head) for head in row[cell:]] for row in sheets[sheet][1:3])
             if names[:2] != ["Edad", "qx 2020"] or years[2 : 2 + len(YEARS)] != YEARS:
-                raise Unreadable(f"sheet {sheet}: the heads under {title[0]} are not as known")
+                raise UnreadableError(f"sheet {sheet}: the heads under {title[0]} are not as known")
             table, key = f"{family}_{sex}_2020", {"H": "m", "M": "f"}[sex]
             columns = {cell + 1: Printed(table, f"qx_{key}", f"sheet {sheet}")}
             for offset, year in enumerate(YEARS, 2):
                 column = f"mi_{key}.{year.rstrip('*')}"
                 columns[cell + offset] = Printed(table, column, f"sheet {sheet}")
             yield from read_columns(sheets, sheet, 3, cell, columns)
-

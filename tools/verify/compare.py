@@ -3,9 +3,9 @@
 from dataclasses import dataclass, field
 from decimal import ROUND_HALF_UP, Decimal
 
-from marlune.tables.data_tables import REPO_TABLES
-
 from printed import DOUBLE
+
+from marlune.tables.data_tables import REPO_TABLES
 
 
 @dataclass

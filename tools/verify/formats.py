@@ -9,7 +9,7 @@ import xml.etree.ElementTree as ElementTree
 import zipfile
 from pathlib import Path
 
-from printed import Unreadable, number_of
+from printed import UnreadableError, number_of
 
 MIB = 1 << 20
 LARGEST_FILE = 64 * MIB
@@ -20,17 +20,17 @@ SUFFIXES = (".pdf", ".xlsx", ".xls", ".xml", ".csv", ".rda")
 
 def read_file(path):
     if not path.is_file():
-        raise Unreadable("no such file")
+        raise UnreadableError("no such file")
     with open(path, "rb") as file:
         content = file.read(LARGEST_FILE + 1)
     if len(content) > LARGEST_FILE:
-        raise Unreadable(f"larger than {LARGEST_FILE // MIB} MiB")
+        raise UnreadableError(f"larger than {LARGEST_FILE // MIB} MiB")
     return content
 
 
 def open_document(content):
     """The format of a document, told by how it begins, and what is in it."""
-    for beginning, name, opener in (
+    formats = (
         (b"%PDF-", "pdf", pdf_lines),
         (b"PK\x03\x04", "workbook", xlsx_sheets),
         (b"\xd0\xcf\x11\xe0", "workbook", xls_sheets),
@@ -38,16 +38,16 @@ def open_document(content):
         (b"\xef\xbb\xbf<", "xml", xml_root),
         (b"<", "xml", xml_root),
         (b"", "csv", csv_rows),
-    ):
-        if content.startswith(beginning):
-            # Whatever a parser that others wrote raises, the file is at fault.
-            try:
-                return name, opener(content)
-            except Unreadable:
-                raise
-            except Exception as error:
-                reason = "".join(filter(str.isprintable, str(error) or type(error).__name__))
-                raise Unreadable(f"damaged, or not what it seems to be: {reason}") from error
+    )
+    name, opener = next(each[1:] for each in formats if content.startswith(each[0]))
+    # Whatever a parser that others wrote raises, the file is at fault.
+    try:
+        return name, opener(content)
+    except UnreadableError:
+        raise
+    except Exception as error:
+        reason = "".join(filter(str.isprintable, str(error) or type(error).__name__))
+        raise UnreadableError(f"damaged, or not what it seems to be: {reason}") from error
 
 
 def pdf_lines(content):
@@ -57,13 +57,13 @@ def pdf_lines(content):
         source.write_bytes(content)
         limits = ["prlimit", "--cpu=60", f"--as={2048 * MIB}", f"--fsize={LARGEST_CONTENT}"]
         command = ["pdftotext", "-layout", "-enc", "UTF-8", str(source), str(text)]
-        done = subprocess.run(limits + command, capture_output=True, timeout=300)
+        done = subprocess.run(limits + command, capture_output=True, check=False, timeout=300)
         if done.returncode or not text.exists():
             said = done.stderr.decode(errors="replace").strip().splitlines()
             raise ValueError(f"pdftotext says {said[-1] if said else 'nothing'}")
         pages = text.read_text(encoding="utf-8", errors="replace").split("\f")
     if not any(page.strip() for page in pages):
-        raise Unreadable("there is no text in it: a scan cannot be compared")
+        raise UnreadableError("there is no text in it: a scan cannot be compared")
     return [page.splitlines() for page in pages]
 
 
@@ -72,12 +72,11 @@ def xlsx_sheets(content):
 
     with zipfile.ZipFile(io.BytesIO(content)) as archive:
         if sum(member.file_size for member in archive.infolist()) > LARGEST_CONTENT:
-            raise Unreadable(f"unpacks to more than {LARGEST_CONTENT // MIB} MiB")
+            raise UnreadableError(f"unpacks to more than {LARGEST_CONTENT // MIB} MiB")
     book = openpyxl.load_workbook(io.BytesIO(content), read_only=True, data_only=True)
     return {
         sheet.title: [
-            list(row)
-            for row in sheet.iter_rows(max_row=ROWS, max_col=CELLS, values_only=True)
+            list(row) for row in sheet.iter_rows(max_row=ROWS, max_col=CELLS, values_only=True)
         ]
         for sheet in book.worksheets
     }
@@ -101,7 +100,7 @@ class _NoDoctype(ElementTree.TreeBuilder):
     """Entities can only be declared in a document type, and no table has one."""
 
     def doctype(self, name, pubid, system):
-        raise Unreadable("declares a document type")
+        raise UnreadableError("declares a document type")
 
 
 def xml_root(content):
@@ -114,7 +113,7 @@ def r_frames(content):
     with gzip.open(io.BytesIO(content)) as packed:
         unpacked = packed.read(LARGEST_FILE + 1)
     if len(unpacked) > LARGEST_FILE:
-        raise Unreadable(f"unpacks to more than {LARGEST_FILE // MIB} MiB")
+        raise UnreadableError(f"unpacks to more than {LARGEST_FILE // MIB} MiB")
     frames = rdata.conversion.convert(rdata.parser.parse_data(unpacked))
     return {name: frame.to_dict("list") for name, frame in frames.items()}
 
@@ -148,7 +147,7 @@ def read_columns(sheets, sheet, first_row, age_cell, columns):
             continue  # a heading or a footnote; a lost age is missed by the comparison
         age_name = cell_name(sheet, number, age_cell)
         if number_of(age, age_name) != int(age):
-            raise Unreadable(f"{age_name}: {age!r} is not an age")
+            raise UnreadableError(f"{age_name}: {age!r} is not an age")
         for cell, printed in columns.items():
             if cell < len(row) and row[cell] is not None:
                 where = cell_name(sheet, number, cell)

@@ -1,7 +1,7 @@
 """The workbook "DAV 2004 R": base tables, trends, select factors."""
 
 from formats import read_columns, text_of
-from printed import Printed, Unreadable
+from printed import Printed, UnreadableError
 
 NAME = "Germany_Annuities_DAV_2004R.xlsx"
 SEXES = {"Männer": "m", "Frauen": "f"}
@@ -67,7 +67,7 @@ def select_rates(sheets, rates):
         for factor in factors.values():
             for duration, value in factor.figures.items() if column.endswith(factor.column) else ():
                 if not 0 < value < 1:
-                    raise Unreadable(f"Selektionsfaktoren: {value} is not a select factor")
+                    raise UnreadableError(f"Selektionsfaktoren: {value} is not a select factor")
                 yield Printed(
                     ultimate.table,
                     f"{column}.{duration}",

@@ -11,7 +11,7 @@ HIGHEST_AGE = 130
 DOUBLE = Context(prec=15)
 
 
-class Unreadable(Exception):
+class UnreadableError(Exception):
     """A document, or a figure in it, cannot be read; says where."""
 
 
@@ -27,28 +27,28 @@ class Printed:
 
     def add(self, age, figure, where):
         if age in self.figures:
-            raise Unreadable(f"{where}: {self.table} {self.column} has age {age} twice")
+            raise UnreadableError(f"{where}: {self.table} {self.column} has age {age} twice")
         self.figures[age] = figure
 
 
 def figure_of(text, where):
     """The decimal that a text writes with a point."""
     if not FIGURE.fullmatch(text.strip()):
-        raise Unreadable(f"{where}: {text!r} is not a figure")
+        raise UnreadableError(f"{where}: {text!r} is not a figure")
     return Decimal(text.strip())
 
 
 def age_of(text, where):
     if not (text.isascii() and text.isdigit() and int(text) <= HIGHEST_AGE):
-        raise Unreadable(f"{where}: {text!r} is not an age")
+        raise UnreadableError(f"{where}: {text!r} is not an age")
     return int(text)
 
 
 def number_of(value, where):
     """The decimal that a double stands for, in a workbook or from R."""
     if isinstance(value, bool) or not isinstance(value, int | float):
-        raise Unreadable(f"{where}: {value!r} is not a number")
+        raise UnreadableError(f"{where}: {value!r} is not a number")
     number = DOUBLE.create_decimal(repr(value))
     if not number.is_finite():
-        raise Unreadable(f"{where}: {value!r} is not a number")
+        raise UnreadableError(f"{where}: {value!r} is not a number")
     return number.normalize()

@@ -1,6 +1,6 @@
 """Copies of other authors: GAM 71 as text and from R, PEAIM/F-2007 and PASEM 2010 as text."""
 
-from printed import Printed, Unreadable, age_of, figure_of, number_of
+from printed import Printed, UnreadableError, age_of, figure_of, number_of
 
 # Each by its head: name of the document, and table and column of each cell.
 TEXTS = {
@@ -40,7 +40,7 @@ def read(name, content):
     for number, row in enumerate(content[1:], 2):
         age = age_of(row[0], f"line {number}")
         if len(row) != len(printed) + 1:
-            raise Unreadable(f"line {number}: {len(row) - 1} figures, not {len(printed)}")
+            raise UnreadableError(f"line {number}: {len(row) - 1} figures, not {len(printed)}")
         for column, text in zip(printed, row[1:]):
             column.add(age, figure_of(text, f"line {number}"), f"line {number}")
     return printed

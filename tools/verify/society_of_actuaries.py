@@ -1,6 +1,6 @@
 """The Society of Actuaries' tables as XTbML, one file for each table number."""
 
-from printed import Printed, Unreadable, age_of, figure_of
+from printed import Printed, UnreadableError, age_of, figure_of
 
 COLUMNS = {
     "817": ("GAM71", "qx_f"),
@@ -39,7 +39,7 @@ def read(_name, root):
     for values in root.findall("Table"):
         scale = values.findtext("MetaData/ScalingFactor")
         if scale != "0":
-            raise Unreadable(f"{place}: the scaling factor is {scale}, not 0")
+            raise UnreadableError(f"{place}: the scaling factor is {scale}, not 0")
         by_age = values.findall("Values/Axis/Axis")
         if not by_age:
             key = f"{column}.ult" if number in SELECT_AND_ULTIMATE else column
@@ -55,7 +55,7 @@ def read(_name, root):
             for rate in axis.iterfind("Axis/Y"):
                 where = f"{place}, age {age}, duration {rate.get('t')}"
                 if rate.get("t") not in ("1", "2"):  # the module counts from 0, as the CMI does
-                    raise Unreadable(f"{where}: there are durations 1 and 2 only")
+                    raise UnreadableError(f"{where}: there are durations 1 and 2 only")
                 if rate.text:
                     select[int(rate.get("t")) - 1].add(age, figure_of(rate.text, where), where)
         yield from select

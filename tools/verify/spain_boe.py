@@ -3,7 +3,7 @@
 import re
 from decimal import Decimal
 
-from printed import Printed, Unreadable
+from printed import Printed, UnreadableError
 
 NAME = "BOE-A-2020-17154.pdf"
 
@@ -44,7 +44,7 @@ def read(_name, pages):
                 continue
             where = f"page {number}, age {age}"
             if len(figures) != len(heading):
-                raise Unreadable(f"{where}: {len(figures)} figures, not {len(heading)}")
+                raise UnreadableError(f"{where}: {len(figures)} figures, not {len(heading)}")
             for (key, place), text in zip(heading, figures):
                 printed = columns.setdefault(key, Printed(*key, place))
                 percent = "%" if key[1].startswith("loading of qx") else ""
@@ -55,7 +55,7 @@ def read(_name, pages):
 
 def columns_of(head, page):
     if head not in ANNEXES:
-        raise Unreadable(f"page {page}: annex {' '.join(head)} is not known")
+        raise UnreadableError(f"page {page}: annex {' '.join(head)} is not known")
     table, columns = ANNEXES[head]
     return [((table, column), f"annex {head[0]}") for column in columns]
 
@@ -63,7 +63,7 @@ def columns_of(head, page):
 def spanish(text, percent, where):
     figure = text.removesuffix(percent)
     if not (FIGURE.fullmatch(figure) and text.endswith(percent)):
-        raise Unreadable(f"{where}: {text!r} is not a figure")
+        raise UnreadableError(f"{where}: {text!r} is not a figure")
     return Decimal(figure.replace(".", "").replace(",", "."))
 
 

@@ -4,7 +4,7 @@ import re
 from decimal import Decimal
 
 from formats import read_columns, text_of
-from printed import Printed, Unreadable
+from printed import Printed, UnreadableError
 
 PASEM = "PASEM2010-study.pdf"
 PASEM_HEAD = ["Edad", "Hombre", "qx", "Mujer", "qx", "GKM95", "GKF95"]
@@ -43,9 +43,9 @@ def pasem(pages):
             where = f"page {number}, age {age}"
             for text in figures:
                 if not PASEM_FIGURE.fullmatch(text):
-                    raise Unreadable(f"{where}: {text!r} is not a figure")
+                    raise UnreadableError(f"{where}: {text!r} is not a figure")
             if len(figures) not in (2, 4):  # at 120 only PASEM 2010 goes on
-                raise Unreadable(f"{where}: {len(figures)} figures, not 4")
+                raise UnreadableError(f"{where}: {len(figures)} figures, not 4")
             for printed, text in zip(columns, figures):
                 printed.add(int(age), Decimal(text.replace(",", ".")), where)
     return columns

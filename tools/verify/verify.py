@@ -28,7 +28,6 @@ import chile
 import cmi
 import germany_dav
 import page
-import provenance
 import record
 import second_sources
 import society_of_actuaries
@@ -36,7 +35,9 @@ import spain_boe
 import spain_studies
 from compare import compare
 from formats import SUFFIXES, open_document, read_file
-from printed import Unreadable
+from printed import UnreadableError
+
+import provenance
 
 READERS = (
     spain_boe, spain_studies, germany_dav, society_of_actuaries, cmi, chile, second_sources,
@@ -65,18 +66,18 @@ def read(path):
             if name := reader.identify(form, content, path.name):
                 return digest, name, list(reader.read(name, content))
     except OSError as error:
-        raise Unreadable(error.strerror) from error
+        raise UnreadableError(error.strerror) from error
     except MALFORMED as error:
         reason = f"{type(error).__name__}: {error}"
-        raise Unreadable(f"not in the form that is known ({reason})") from error
-    raise Unreadable("not a publication that values of the module were read from")
+        raise UnreadableError(f"not in the form that is known ({reason})") from error
+    raise UnreadableError("not a publication that values of the module were read from")
 
 
 def verify(path, facts):
     """What one file says, as the answer for machines has it."""
     try:
         digest, name, printed = read(path)
-    except Unreadable as error:
+    except UnreadableError as error:
         return {"file": str(path), "document": None, "unreadable": str(error)}
     compared, problems = compare(facts, name, printed)
     return {
@@ -136,19 +137,23 @@ def grouped(columns, *by):
 
 
 def verified_of(answers):
-    """What provenance tells of every column: an entry for each document and place."""
+    """What provenance tells of every column: an entry for each document, what it prints and what
+    follows from that apart."""
     verified = {}
-    for answer in sorted(answers, key=lambda answer: str(answer["document"])):
+    on_record = (answer for answer in answers if answer.get("on_record"))
+    for answer in sorted(on_record, key=lambda answer: answer["document"]):
         for (table, row, computed), columns in grouped(
-            answer.get("columns", []), "table", "row", "computed"
+            answer["columns"], "table", "row", "computed"
         ):
             sums = summed(columns)
-            verified.setdefault(f"{table} {row}", []).append({
-                "document": answer["document"],
-                "computed": computed,
-                "digest": provenance.register()["tables"][table]["columns"][row]["digest"],
-                **{name: sums[name] for name in ("cells", "equal", "declared")},
-            })
+            verified.setdefault(f"{table} {row}", []).append(
+                {
+                    "document": answer["document"],
+                    "computed": computed,
+                    "digest": provenance.register()["tables"][table]["columns"][row]["digest"],
+                    **{name: sums[name] for name in ("cells", "equal", "declared")},
+                }
+            )
     return verified
 
 
@@ -200,9 +205,28 @@ def write(table, paths):
     printed = [column for path in paths for column in read(path)[2] if column.table == table]
     pages = [page.page_of(column) for column in printed if column.figures and not column.computed]
     if not pages:
-        raise Unreadable(f"no figures of {table} in there")
+        raise UnreadableError(f"no figures of {table} in there")
     for lines in pages:
         print(*lines, sep="\n")
+
+
+def settle(options, facts, answers, well):
+    """What is wrong with all documents together; records the result, or compares it."""
+    problems = [] if answers else ["no document is named"]
+    if not options & {"--all", "--record"}:
+        return problems
+    here = {answer["document"] for answer in answers if answer.get("on_record")}
+    absent = sorted(facts.digests.keys() - here)
+    problems += [f"on record, but not here: {name}" for name in absent]
+    if problems or not well:
+        return problems
+    verified = verified_of(answers)
+    if "--record" in options:
+        lines = (f"{json.dumps(column)}: {json.dumps(of)}" for column, of in verified.items())
+        provenance.VERIFIED.write_text("{\n" + ",\n".join(lines) + "\n}\n", encoding="utf-8")
+    elif verified != provenance.last_verified():
+        problems.append("provenance tells another result of the last verification: --record")
+    return problems
 
 
 def main(arguments):
@@ -210,7 +234,7 @@ def main(arguments):
         try:
             write(arguments[1], files_of(arguments[2:]))
             return 0
-        except Unreadable as error:
+        except UnreadableError as error:
             print(f"--write: {error}", file=sys.stderr)
             return 2
     options = {argument for argument in arguments if argument.startswith("--")}
@@ -219,26 +243,19 @@ def main(arguments):
         print(__doc__, file=sys.stderr)
         return 2
     facts = record.load()
-    answers = [verify(path, facts) for path in files_of(paths)]
+    answers = {}  # a file that is named twice counts once
+    for answer in (verify(path, facts) for path in files_of(paths)):
+        answers.setdefault(answer.get("sha256", answer["file"]), answer)
+    answers = list(answers.values())
     columns = [column for answer in answers for column in answer.get("columns", [])]
     totals = {
         "printed": summed([column for column in columns if not column["computed"]]),
         "computed": summed([column for column in columns if column["computed"]]),
     }
-    problems = [] if answers else ["no document is named"]
-    if options & {"--all", "--record"}:
-        here = {answer["document"] for answer in answers if answer.get("on_record")}
-        absent = sorted(facts.digests.keys() - here)
-        problems += [f"on record, but not here: {name}" for name in absent]
-    wrong = any(answer.get("problems") for answer in answers) or problems
-    wrong = wrong or totals["printed"]["undeclared"] + totals["computed"]["undeclared"]
     unreadable = any("unreadable" in answer for answer in answers)
-    verified = verified_of(answers)
-    if "--record" in options and not (wrong or unreadable):
-        lines = (f"{json.dumps(column)}: {json.dumps(of)}" for column, of in verified.items())
-        provenance.VERIFIED.write_text("{\n" + ",\n".join(lines) + "\n}\n", encoding="utf-8")
-    elif "--all" in options and not wrong and verified != provenance.last_verified():
-        problems.append("provenance tells another result of the last verification: --record")
+    wrong = any(answer.get("problems") for answer in answers)
+    wrong = wrong or any(sums["undeclared"] for sums in totals.values())
+    problems = settle(options, facts, answers, well=not (wrong or unreadable))
     if "--json" in options:
         answer = {"documents": answers, "totals": totals, "problems": problems}
         answer["without_document"] = facts.without
@@ -246,7 +263,7 @@ def main(arguments):
     else:
         for answer in answers:
             print(*tell(answer, "--cells" in options), sep="\n")
-        print(f"\n{len(answers)} documents", *tell_totals(totals), sep="\n")
+        print(f"\ndocuments: {len(answers)}", *tell_totals(totals), sep="\n")
         print(f"columns without a document: {', '.join(facts.without) or 'none'}")
         print(*(f"WRONG {problem}" for problem in problems), sep="\n", end="\n" if problems else "")
     return 2 if unreadable else int(bool(wrong or problems))
