@@ -16,11 +16,18 @@ unread=(doc info locale man)
 # Files and folders that the command is to see beside its own.
 shown=()
 
-# Lets the command see those of its arguments that are files or folders.
+# Lets the command see those of its arguments that are files or folders. It shall call them as
+# `named` does: links are not seen.
 show_files() {
-  local path
+  local path real
+  named=()
   for path in "$@"; do
-    [ ! -e "$path" ] || shown+=("$(realpath -s -- "$path")")
+    if [ -e "$path" ]; then
+      real=$(readlink -f -- "$path")
+      shown+=("$real")
+      [ "$real" = "$(realpath -s -- "$path")" ] || path=$real
+    fi
+    named+=("$path")
   done
 }
 
@@ -165,7 +172,7 @@ enter_root() {
   for path in "${shown[@]}"; do
     case $path/ in
       /usr/* | /etc/* | /dev/* | /proc/* | /sys/* | //) fail "move it elsewhere: $path" ;;
-      *) options+=(--bind "$(readlink -f -- "$path")" "$path") ;;
+      *) options+=(--bind "$path" "$path") ;;
     esac
   done
   [ -z "${DATA_TABLES_NPM:-}" ] || options+=(--ro-bind "$DATA_TABLES_NPM" "$DATA_TABLES_NPM")
