@@ -39,7 +39,7 @@ constexpr bool same(std::string_view left, std::string_view right) { return left
 template <class T, std::size_t Room, std::size_t First> class Distinct {
 public:
   constexpr Index add(T value) {
-    std::size_t slot = detail::hash(value) >> (64U - bits);
+    std::size_t slot = static_cast<std::size_t>(detail::hash(value) >> (64U - bits));
     while (table_[slot] != 0 && !detail::same(items_[table_[slot] - First], value)) {
       slot = (slot + 1) % table_.size();
     }
