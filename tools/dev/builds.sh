@@ -1,10 +1,14 @@
 # Sourced by `dev`: the builds, each in its folder below build/.
 
-builds=(release clang debug sanitize)
+builds=(release clang debug sanitize wheel release315 debug315)
 
 # Sets of packages that a build asks for, beside the base.
 sets_of_build() {
-  case $1 in clang | debug) printf '%s\n' "$1" ;; esac
+  case $1 in
+    clang | debug) printf '%s\n' "$1" ;;
+    wheel) echo old_compiler ;;
+    *315) echo python315 ;;
+  esac
 }
 
 # Whether a build that nobody can change has nothing to change.
@@ -25,12 +29,9 @@ build() {
     return
   fi
   # By its full path: CMake takes a bare name for the first interpreter that it finds.
-  local python tools settings=()
-  python=$(command -v python3.14)
-  if [ "$preset" = debug ]; then
-    python=$(command -v python3.14-dbg)
-    settings=(-DPython_EXECUTABLE="$python")
-  fi
+  local python tools
+  python=$(command -v "$(interpreter_of "$preset")")
+  [ "$preset" != wheel ] || [ ${#old_compiler[@]} = 0 ] || local -x "${old_compiler[@]}"
   # One at a time; released when all who have inherited it have ended.
   exec 8<"$folder"
   flock -n 8 || { say "waiting for another run that builds $preset"; flock 8; }
@@ -39,7 +40,7 @@ build() {
   if [ ! -f "$folder/build.ninja" ] || [ "$tools" != "$(cat "$folder/made_by" 2>/dev/null)" ]; then
     say "configuring $preset"
     find "$folder" -mindepth 1 -delete
-    (cd "$here" && cmake --preset "$preset" "${settings[@]}") >"$log" 2>&1 ||
+    (cd "$here" && cmake --preset "$preset" -DPython_EXECUTABLE="$python") >"$log" 2>&1 ||
       { cat "$log" >&2; fail 'cmake failed'; }
     printf '%s\n' "$tools" >"$folder/made_by"
   fi
@@ -49,13 +50,23 @@ build() {
   exec 8<&-
 }
 
+interpreter_of() {
+  case $1 in
+    debug) echo python3.14-dbg ;;
+    release315) echo python3.15 ;;
+    debug315) echo python3.15-dbg ;;
+    *) echo python3.14 ;;
+  esac
+}
+
 # Runs the interpreter of a build with the module installed by it.
 python_of() {
-  local preset=$1 python=python3.14
+  local preset=$1 python
+  python=$(interpreter_of "$1")
   shift
   local settings=(PYTHONPATH="$here/build/$preset/installed${PYTHONPATH:+:$PYTHONPATH}")
   case $preset in
-    debug) python=python3.14-dbg ;;
+    wheel) settings+=("${old_compiler[@]}") ;;
     sanitize)
       # The interpreter itself leaves much behind at its end: only tests look for leaks.
       settings+=(

@@ -14,11 +14,14 @@ set_is tests 'pytest, and what the tests of dev run it in' \
 set_is arrays 'numpy and pandas, for the examples' \
   '.numpy .pandas' 'python3-numpy python3-pandas'
 set_is package 'pip and the build back end, for the wheel and its tests' \
-  '.pip .venv .scikit_build_core git' 'python3-pip python3-venv python3-scikit-build-core git'
+  '.pip .venv .wheel .scikit_build_core git' \
+  'python3-pip python3-venv python3-wheel python3-scikit-build-core git'
 set_is clang 'a second compiler' \
   'clang++' 'clang'
 set_is debug 'the debug interpreter' \
   'python3.14-dbg' 'python3-dbg'
+set_is python315 'the next interpreter' \
+  'python3.15 python3.15-dbg' 'python3.15-dev python3.15-dbg python3.15-venv'
 set_is checks 'formatting and static analysis' \
   'clang-format clang-tidy mypy git ruff shellcheck' \
   'clang-format clang-tidy mypy git ruff shellcheck'
@@ -32,3 +35,12 @@ set_is verify 'readers of publications, and a writer of workbooks for their test
   'poppler-utils python3-openpyxl python3-xlrd python3-rdata python3-xlwt'
 set_is bench 'what the module is measured with and against' \
   'cython3 perf valgrind .orjson' 'cython3 linux-perf valgrind python3-orjson'
+# A compiler for each architecture of `./dev arches`, and what runs its programs.
+declare -A triplet=(
+  [arm64]=aarch64-linux-gnu [s390x]=s390x-linux-gnu [riscv64]=riscv64-linux-gnu
+  [ppc64el]=powerpc64le-linux-gnu [armhf]=arm-linux-gnueabihf [i386]=i686-linux-gnu
+)
+for name in "${!triplet[@]}"; do
+  set_is "to-$name" "a compiler for $name and an emulator" \
+    "${triplet[$name]}-g++ qemu-$name" "g++-${triplet[$name]} qemu-user"
+done

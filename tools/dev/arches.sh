@@ -1,0 +1,18 @@
+# shellcheck shell=bash
+# Sourced by `dev`: the module on other architectures.
+
+arches=(arm64 s390x riscv64 ppc64el armhf i386)
+
+# ./dev arches [ARCHITECTURE...]
+arches_command() {
+  local name system sets=() named=()
+  [ $# -gt 0 ] || set -- "${arches[@]}"
+  for name in "$@"; do
+    [ -n "${triplet[$name]:-}" ] || fail "not one of ${arches[*]}: $name"
+    extract_system "$suite" "$name" python3.14-minimal libpython3.14-dev
+    sets+=("to-$name") named+=("$name" "${triplet[$name]}" "$system")
+  done
+  ask_for "${sets[@]}"
+  build release
+  python_of release "$here/tools/arches.py" "${named[@]}"
+}
