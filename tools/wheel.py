@@ -1,16 +1,23 @@
-"""Build the source distribution and, from nothing but that, the wheel; then prove the wheel.
+"""Build the source distribution and, from nothing but that, the wheel; then prove both.
 
 Usage: ./dev wheel [FOLDER]. Both end up in FOLDER, by default dist. Nothing is fetched. Run by the
 interpreter of a build: the wheel has to hold that very module, the one that the tests have tested.
+Its name tells for which systems it is: those with the C library that the symbols of the module ask
+for, or a newer one. Both are built twice, and have to come out the same to the byte.
 """
 
 import importlib.util
 import os
+import re
+import shutil
 import subprocess
 import sys
+import sysconfig
+import tarfile
 import tomllib
 import venv
 from email import message_from_bytes
+from hashlib import sha256
 from pathlib import Path
 from tempfile import TemporaryDirectory
 from zipfile import ZipFile
@@ -46,11 +53,11 @@ assert marlune.TableBuilder and importlib.util.find_spec("marlune.tables.data_ta
 """
 
 
-def run(*command: str | Path, cwd: Path = TOP) -> str:
+def run(*command: str | Path, cwd: Path = TOP, **settings: str) -> str:
     """What the command prints. It sees no other build of the module, nor settings of the caller."""
     environment = {key: value for key, value in os.environ.items() if not key.startswith("PYTHON")}
     done = subprocess.run(
-        command, cwd=cwd, env=environment, capture_output=True, text=True, check=False
+        command, cwd=cwd, env=environment | settings, capture_output=True, text=True, check=False
     )
     if done.returncode != 0:
         print(done.stdout, done.stderr, sep="", file=sys.stderr)
@@ -58,31 +65,63 @@ def run(*command: str | Path, cwd: Path = TOP) -> str:
     return done.stdout
 
 
-def pip(*arguments: str | Path) -> None:
+def pip(*arguments: str | Path, **settings: str) -> None:
     options = ("--isolated", "--quiet", "--disable-pip-version-check")
-    run(sys.executable, "-m", "pip", *options, *arguments)
+    run(sys.executable, "-m", "pip", *options, *arguments, **settings)
 
 
-def make_wheel(source: Path, folder: Path) -> Path:
+def git(*arguments: str) -> str:
+    return run("git", "-c", f"safe.directory={TOP}", *arguments)
+
+
+def system_tag(module: Path) -> tuple[str, list[str]]:
+    """The systems that a module is for, and what it takes from the newest C library among them."""
+    needed = re.findall(r"NEEDED +(\S+)", run("objdump", "-p", module))
+    assert all(re.match(r"(libc|ld-linux[-\w]*)\.so", name) for name in needed), needed
+    by_version: dict[tuple[int, int], list[str]] = {}
+    for version, name in re.findall(r"\(GLIBC_(\S+)\) +(\S+)", run("objdump", "-T", module)):
+        # A version that is no number is one of the C library's own affairs, and the newest systems'.
+        assert re.fullmatch(r"[0-9.]+", version), f"{name} needs GLIBC_{version}"
+        major, minor = map(int, version.split(".")[:2])
+        by_version.setdefault((major, minor), []).append(name)
+    assert "ABI_DT_RELR" not in run("objdump", "-p", module)
+    (major, minor), names = max(by_version.items())
+    machine = sysconfig.get_platform().removeprefix("linux-").replace("-", "_")
+    return f"manylinux_{major}_{minor}_{machine}", sorted(names)
+
+
+def make_wheel(source: Path, folder: Path, systems: str = "", **settings: str) -> Path:
     """The wheel that pip builds from a source distribution or a folder, and fetches nothing."""
     with TemporaryDirectory() as made:
-        pip("wheel", "--no-index", "--no-build-isolation", "--wheel-dir", made, source)
+        options = ("--no-index", "--no-build-isolation", "--wheel-dir", made)
+        pip("wheel", *options, source, **settings)
         (wheel,) = Path(made).iterdir()
+        if systems:
+            tag = ("tags", "--remove", "--platform-tag", systems, wheel)
+            run(sys.executable, "-m", "wheel", *tag, **settings)
+            (wheel,) = Path(made).iterdir()
         folder.mkdir(parents=True, exist_ok=True)
         (folder / wheel.name).write_bytes(wheel.read_bytes())
     return folder / wheel.name
 
 
-def make_source_distribution(folder: Path) -> Path:
+def make_source_distribution(folder: Path, **settings: str) -> Path:
+    """All that git holds, as it is in the working tree, and nothing else."""
+    held = set(git("ls-files", "-z").rstrip("\0").split("\0"))
     backend = "import sys, scikit_build_core.build as b; print('\\n' + b.build_sdist(sys.argv[1]))"
-    return folder / run(sys.executable, "-c", backend, folder).split()[-1]
+    with TemporaryDirectory() as copy:
+        for name in held:
+            (Path(copy) / name).parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy2(TOP / name, Path(copy) / name, follow_symlinks=False)
+        made = run(sys.executable, "-c", backend, folder, cwd=Path(copy), **settings).split()[-1]
+    with tarfile.open(folder / made) as archive:
+        packed = {name.partition("/")[2] for name in archive.getnames()}
+    assert packed == held | {"PKG-INFO"}, packed ^ held
+    return folder / made
 
 
-def prove_contents(wheel: Path) -> list[str]:
+def prove_contents(wheel: Path, built: Path) -> list[str]:
     """The files that the wheel installs, beside its metadata; they are what they have to be."""
-    spec = importlib.util.find_spec("marlune.tables.data_tables")
-    assert spec and spec.origin, "run by ./dev wheel, with a build to compare with"
-    built = Path(spec.origin)
     project = tomllib.loads((TOP / "pyproject.toml").read_text("utf-8"))["project"]
     with ZipFile(wheel) as archive:
         files = [name for name in archive.namelist() if ".dist-info/" not in name]
@@ -126,6 +165,18 @@ def prove_installation(wheel: Path, rest: Path) -> None:
         prove(BESIDE)
         change(*uninstall, "marlune")
         prove(ALONE)
+        # Elsewhere on the path, as where the rest is installed editable or to a folder of its own.
+        elsewhere, unaware = site / "elsewhere.pth", home / "unaware"
+        elsewhere.write_text(str(STAND_IN), "utf-8")
+        prove(BESIDE)
+        for file in STAND_IN.glob("marlune/**/__init__.py"):
+            text = "".join(re.split(r".*extend_path.*\n", file.read_text("utf-8")))
+            copy = unaware / file.relative_to(STAND_IN)
+            copy.parent.mkdir(parents=True)
+            copy.write_text(text, "utf-8")
+        elsewhere.write_text(str(unaware), "utf-8")
+        prove(WITHOUT)
+        elsewhere.unlink()
         change(*uninstall, "marlune-data-tables")
         left = [path for path in site.rglob("*") if not path.is_dir()]
         assert not left, f"left behind: {left}"
@@ -134,15 +185,27 @@ def prove_installation(wheel: Path, rest: Path) -> None:
 def main() -> None:
     folder = Path(sys.argv[1] if len(sys.argv) > 1 else TOP / "dist").resolve()
     folder.mkdir(parents=True, exist_ok=True)
-    source = make_source_distribution(folder)
-    wheel = make_wheel(source, folder)
-    print(source, wheel, sep="\n")
-    print("The wheel, built from that distribution alone, holds the tested module, byte for byte:")
-    print(*prove_contents(wheel), sep="\n")
+    spec = importlib.util.find_spec("marlune.tables.data_tables")
+    assert spec and spec.origin, "run by ./dev wheel, with a build to compare with"
+    systems, names = system_tag(Path(spec.origin))
+    # What is packed is as old as the commit, whenever it is packed.
+    date = {"SOURCE_DATE_EPOCH": git("log", "-1", "--format=%ct").strip()}
+    source = make_source_distribution(folder, **date)
+    wheel = make_wheel(source, folder, systems, **date)
+    with TemporaryDirectory() as again:
+        source_again = make_source_distribution(Path(again), **date)
+        wheel_again = make_wheel(source_again, Path(again), systems, **date)
+        for first, second in (source, source_again), (wheel, wheel_again):
+            assert first.name == second.name and first.read_bytes() == second.read_bytes(), first
+            print(sha256(first.read_bytes()).hexdigest(), first)
+    print("Built twice, each came out the same. The first holds what git holds and nothing else.")
+    print(f"The wheel is for {systems}, because of {', '.join(names)}.")
+    print("Built from that distribution alone, it holds the tested module, byte for byte:")
+    print(*prove_contents(wheel, Path(spec.origin)), sep="\n")
     with TemporaryDirectory() as made:
         prove_installation(wheel, make_wheel(STAND_IN, Path(made)))
-    print("In a new environment it works alone and beside a package marlune, whichever is first;")
-    print("uninstalling either leaves the other working, uninstalling both leaves no file.")
+    print("In a new environment it works alone and beside a package marlune, whichever is first and")
+    print("wherever that is; uninstalling either leaves the other working, both leaves no file.")
 
 
 if __name__ == "__main__":

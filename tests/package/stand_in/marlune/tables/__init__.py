@@ -1,4 +1,7 @@
+from pkgutil import extend_path
 from typing import Any
+
+__path__ = extend_path(__path__, __name__)
 
 
 class TableBuilder:
