@@ -1,12 +1,13 @@
 """Print the catalogue: a line for each table, then how a table is handed to a consumer."""
 
-from provenance import TOP, markdown, register, told, warnings_of
+import sys
+
+from provenance import TOP, ProvenanceError, markdown, register, told, warnings_of
 
 from marlune.tables.data_tables import REPO_TABLES, PER2020_Ind_1o
 
 DOCUMENT = TOP / "docs" / "catalogue.md"
 HEAD = ("name", "published name", "type", "ages", "base", "unit", "columns", "shape", "formula")
-
 
 
 def purpose_of(name):
@@ -104,5 +105,8 @@ def document_text():
 
 
 if __name__ == "__main__":
-    print_catalogue()
+    try:
+        print_catalogue()
+    except ProvenanceError as error:
+        sys.exit(f"provenance/: {error}")
     print_documented_use()

@@ -72,7 +72,7 @@ def families():
     owner = {}
     for name in REPO_TABLES:
         of = [each for each in read if purpose_in(each, name)]
-        expect(len(of) == 1, name, f"{len(of)} families say its purpose, not one")
+        expect(len(of) == 1, name, f"{len(of)} files say what it is for, not one")
         owner[name] = of[0]
     for each in read:
         each["tables"] = [name for name in REPO_TABLES if owner[name] is each]

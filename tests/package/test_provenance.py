@@ -7,8 +7,8 @@ import pytest
 
 TOP = Path(__file__).resolve().parents[2]
 CHANGES = {
-    "no purpose": ("pasem2010", "PASEM2010 =", "PASEM2011 =", "PASEM2010: 0 families"),
-    "two purposes": ("am92", "AM92_AF92 =", "GAM71 = 'x'\nAM92_AF92 =", "GAM71: 2 families"),
+    "no purpose": ("pasem2010", "PASEM2010 =", "PASEM2011 =", "PASEM2010: 0 files"),
+    "two purposes": ("am92", "AM92_AF92 =", "GAM71 = 'x'\nAM92_AF92 =", "GAM71: 2 files"),
     "purpose of no table": ("gam", "[purpose]", "[purpose]\nGAM72 = 'x'", "no table GAM72"),
     "column without a place": ("gam", '"GAM71 qx_m"', '"GAM71 qx_f"', "GAM71 qx_m: matched by 0"),
     "place of no column": ("swiss", "[agreed]", "[[columns]]\ncolumns = 'X'\n[agreed]", "no column"),
