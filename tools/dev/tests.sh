@@ -50,7 +50,7 @@ test_command() {
   mapfile -t files < <(files_below "$@")
   if [ ${#files[@]} = 0 ]; then
     # Nothing is named: all but what is for --all.
-    [ $# -gt 0 ] || set -- "${parallel[@]}"
+    set -- "${parallel[@]}" "$@"
     while read -r file; do
       set -- "$@" --ignore="${file#"$here/"}"
     done < <(files_for_all)
