@@ -1,4 +1,4 @@
-"""Python snippets in a process of their own: the module is imported once for the life of a process."""
+"""Python snippets in a process of their own: a process imports the module once in its life."""
 
 import subprocess
 import sys

@@ -151,9 +151,9 @@ def test_generic_numbers():
     assert type(grid[2004][0]) is Fraction and type(grid[2005][0]) is float
     assert grid[2014][0] == Fraction(1, 10) + 0.5 * Fraction(1, 5)
     assert blend([1], [True])[2014] == [1.0] and blend([1j], [2])[2014] == [1 + 0.5j]
-    with pytest.raises(TypeError, match="unsupported operand type.*'float' and 'decimal.Decimal'"):
+    with pytest.raises(TypeError, match=r"unsupported operand type.*'float' and 'decimal.Decimal'"):
         blend([Decimal("0.1")], [Decimal("0.3")])
-    with pytest.raises(TypeError, match="unsupported operand type.*'float' and 'NoneType'"):
+    with pytest.raises(TypeError, match=r"unsupported operand type.*'float' and 'NoneType'"):
         blend([None], [0.1])
 
 
@@ -263,7 +263,7 @@ def test_blending_is_looked_up_at_the_call(monkeypatch):
     ]  # fmt: skip
     assert calls == [(0.03045921, 0.02043855, 122, 122), (0.03045921, 0.02271861, 122, 122)]
     monkeypatch.delattr(module, "_dav_mi_linear")
-    with pytest.raises(NameError, match="^name '_dav_mi_linear' is not defined$"):
+    with pytest.raises(NameError, match=r"^name '_dav_mi_linear' is not defined$"):
         build()
     import builtins
 

@@ -5,6 +5,7 @@ A law states for how many ages it held, so that it cannot pass because it met no
 
 import math
 from fractions import Fraction
+from itertools import pairwise
 
 import pytest
 from columns import PUBLISHED, differences
@@ -80,7 +81,7 @@ def test_per_first_order_improvement_exceeds_second_order_by_at_most_half_a_per_
     first, second = data(f"PER2020_{kind}_1o")[key], data(f"PER2020_{kind}_2o")[key]
     margins = [exact(high) - exact(low) for high, low in zip(first, second)]
     assert margins[:9] == [Fraction("0.005")] * 9 and max(margins) == Fraction("0.005")
-    falling = [high >= low for high, low in zip(margins, margins[1:])]
+    falling = [high >= low for high, low in pairwise(margins)]
     assert all(falling) and len(falling) == 118
 
 
@@ -160,17 +161,18 @@ def test_cmf_improvement_runs_out_above_90_and_converges_by_2036(name, sex, firs
     at_90 = 90 - first_age
     for year, factors in grid.items():
         base = exact(factors[at_90])
-        want = [Fraction(round(base * (15 - k) / 15 * 10**6), 10**6) for k in range(16)] + [0] * 5
+        run_out = [Fraction(round(base * (15 - k) / 15 * 10**6), 10**6) for k in range(16)]
+        want = run_out + [0] * 5
         hold(name, year, 90, factors[at_90:], want, 0, 21)
     assert grid[2036][: at_90 + 1] == [0.01] * (at_90 + 1)
-    # Along the years a factor is a cubic, so that its fourth differences are rounding alone: at most
+    # Along the years a factor is a cubic, so that fourth differences are rounding alone: at most
     # half a millionth times 1 + 4 + 6 + 4 + 1.
     years = [[round(exact(factor) * 10**6) for factor in factors] for factors in grid.values()]
     checked = 0
     for age in range(at_90 + 1):
         series = [factors[age] for factors in years]
         for _ in range(4):
-            series = [then - now for now, then in zip(series, series[1:])]
+            series = [then - now for now, then in pairwise(series)]
         assert max(map(abs, series)) <= 8, (name, age + first_age, series)
         checked += len(series)
     assert checked == (at_90 + 1) * 12
@@ -223,7 +225,7 @@ def test_rates_at_old_ages_rise():
                 old = rates[40 - table["start_age"] : -1]
                 falls += [
                     (name, key, path, 40 + age)
-                    for age, (now, then) in enumerate(zip(old, old[1:]))
+                    for age, (now, then) in enumerate(pairwise(old))
                     if then < now
                 ]
                 checked += len(old) - 1

@@ -14,6 +14,7 @@ import marlune.tables.data_tables as module
 
 NAME = "marlune.tables.data_tables"
 
+
 def test_nothing_is_left_beside_the_attributes():
     printed = run(f"import {NAME} as module; print(*vars(module), module.__test__)")
     *names, test = printed.split()
@@ -39,7 +40,10 @@ def test_functions_describe_themselves():
         "Build DAV 2004 R year-indexed MI grid (2004 start → linear blend → 2024 target)."
     )
     assert build.__doc__ is None
-    assert [str(inspect.signature(each)) for each in (blend, build)] == ["(mi_start, mi_ziel)", "()"]
+    assert [str(inspect.signature(each)) for each in (blend, build)] == [
+        "(mi_start, mi_ziel)",
+        "()",
+    ]
     import pickle
 
     assert pickle.loads(pickle.dumps(blend)) is blend
@@ -131,7 +135,9 @@ NOT_DEFINED = "NameError(\"name '{}' is not defined\")"
 
 @pytest.mark.parametrize("name", ["zip", "round"])
 def test_missing_builtin_fails_the_import_and_the_next_one_succeeds(name):
-    printed = run(FAILING_IMPORT + f"""
+    printed = run(
+        FAILING_IMPORT
+        + f"""
     kept = builtins.{name}
     del builtins.{name}
     print(told(fails()))
@@ -140,18 +146,22 @@ def test_missing_builtin_fails_the_import_and_the_next_one_succeeds(name):
     assert "GAM71" not in vars(half_built)
     succeeds()
     assert sys.modules["{NAME}"] is not half_built is sys.modules["data_tables"]
-    """)
+    """
+    )
     assert eval(printed) == (NOT_DEFINED.format(name), frames(body("int builtins_line")))
 
 
 def test_short_name_that_cannot_be_looked_up_fails_the_import():
-    printed = run(FAILING_IMPORT + """
+    printed = run(
+        FAILING_IMPORT
+        + """
     class Name(str):
         __hash__ = str.__hash__
         def __eq__(self, other): raise OSError(other)
     sys.modules[Name("data_tables")] = None
     print(told(fails()))
-    """)
+    """
+    )
     assert eval(printed) == ("OSError('data_tables')", frames(body("int short_name_line")))
 
 
@@ -167,7 +177,9 @@ def test_name_lost_during_the_body_fails_the_import_at_the_statement_that_needs_
     replaced, lost, statement
 ):
     """A replaced builtin takes an attribute away while the body runs."""
-    printed = run(FAILING_IMPORT + f"""
+    printed = run(
+        FAILING_IMPORT
+        + f"""
     real = {replaced}
     def replaced(*arguments):
         module_dict().pop("{lost}", None)
@@ -176,12 +188,15 @@ def test_name_lost_during_the_body_fails_the_import_at_the_statement_that_needs_
     print(told(fails()))
     builtins.{replaced} = real
     succeeds()
-    """)
+    """
+    )
     assert eval(printed) == (NOT_DEFINED.format(lost), frames(body(statement)))
 
 
 def test_failure_inside_the_functions_carries_their_names():
-    printed = run(FAILING_IMPORT + """
+    printed = run(
+        FAILING_IMPORT
+        + """
     kept = zip
     def zip(*lists):
         global blend
@@ -196,7 +211,8 @@ def test_failure_inside_the_functions_carries_their_names():
         frame = error.__traceback__.tb_next.tb_frame
         assert frame.f_code.co_name == "data_tables._dav_mi_linear"
         assert "__name__" not in frame.f_globals
-    """)
+    """
+    )
     at = body('call("_DAV2004R_DATA"')
     assert eval(printed) == ("KeyboardInterrupt('stop')", frames(at, BUILD, BLEND))
 

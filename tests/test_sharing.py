@@ -49,24 +49,27 @@ def declared():
             for key, column in REPO_TABLES[table]["data"].items():
                 if key.startswith("MI"):
                     continue
-                for path in (key, *(f"{key} {label}" for label in column if table is select)):
-                    shared.append({f"_DAV2004R_DATA {inner} {path}", f"{table} data {path}"})
+                shared += [
+                    {f"_DAV2004R_DATA {inner} {path}", f"{table} data {path}"}
+                    for path in (key, *(f"{key} {label}" for label in column if table is select))
+                ]
         for key in ("MI_m", "MI_f"):
             years = [f" {year}" for year in range(2004, 2025)] if order == "2o" else []
-            for path in ("", *years):
-                shared.append({
-                    f"{start} {key}{path}"
-                    for table in (aggregate, select)
-                    for start in (f"_DAV2004R_DATA {table.removeprefix('DAV2004R_')}", f"{table} data")
-                })  # fmt: skip
+            tables = [f"{table} data" for table in (aggregate, select)]
+            inner = [f"_DAV2004R_DATA {kind}_{order}" for kind in ("Agg", "SelUlt")]
+            starts = [f"{start} {key}" for start in tables + inner]
+            shared += [{start + path for start in starts} for path in ("", *years)]
     for base, kinds in (
         ("_QX_LIFE", ("LIFE qx_m", "LIFE qx_f")), ("_IX_M_BASE", ("SD ix_m",)),
-        ("_IX_F_BASE", ("SD ix_f",)), ("_OX_M_BASE", ("EXIT ox_m",)), ("_OX_F_BASE", ("EXIT ox_f",)),
+        ("_IX_F_BASE", ("SD ix_f",)),
+        ("_OX_M_BASE", ("EXIT ox_m",)), ("_OX_F_BASE", ("EXIT ox_f",)),
     ):  # fmt: skip
         paths = {base}
         for kind, key in (each.split() for each in kinds):
             for name in set(SYNTHETIC) - OWN_LISTS:
-                if name.startswith(f"Dummy{kind}_") and not ("Unisex" in name and key.endswith("f")):
+                if name.startswith(f"Dummy{kind}_") and not (
+                    "Unisex" in name and key.endswith("f")
+                ):
                     paths.add(f"{name} data {key}" + (" ult" if "Select" in name else ""))
         shared.append(paths)
     return set(map(frozenset, shared))

@@ -9,6 +9,7 @@ from fresh import run
 
 import marlune.tables.data_tables as module
 
+
 def test_telling_computed_values():
     ages = {29: 0.00147, 30: 0.00168, 40: 0.003885, 50: 0.00735, 60: 0.014175, 65: 0.01995}
     assert {age: module._IX_M_BASE[age - 20] for age in ages} == ages
@@ -22,7 +23,8 @@ def test_telling_computed_values():
     assert ends == [0.01596, 0.017955, 0.01444, 0.016245]
     linear = module.DummyLIFE_LinearGen["data"]["mi_m"]
     assert [linear[age] for age in (0, 20, 60, 70, 80, 90, 99, 100)] == [
-        7.5e-07, 1.5e-06, 3e-05, 7.500000000000001e-05, 0.00017999999999999998, 0.000375, 0.000375, 0.0
+        7.5e-07, 1.5e-06, 3e-05, 7.500000000000001e-05, 0.00017999999999999998,
+        0.000375, 0.000375, 0.0,
     ]  # fmt: skip
 
 

@@ -4,6 +4,7 @@ A test writes its trial as a snippet, which sees the names of this file. What ma
 successful import is tried in a fork: a process imports the module once.
 """
 
+import _testcapi
 import array
 import ctypes
 import gc
@@ -14,10 +15,9 @@ import signal
 import sys
 import textwrap
 import traceback
+from _imp import create_dynamic, exec_dynamic  # noqa: F401, for the snippets
 from pathlib import Path
 
-import _testcapi
-from _imp import create_dynamic, exec_dynamic  # noqa: F401, for the snippets
 from fresh import run
 
 NAME = "marlune.tables.data_tables"

@@ -39,7 +39,9 @@ def run(*command):
     """What the command prints; when it fails, the end of that and of this program."""
     done = subprocess.run(command, capture_output=True, text=True, check=False)
     if done.returncode != 0:
-        sys.exit(f"failed: {' '.join(map(str, command))}\n{done.stdout[-3000:]}{done.stderr[-3000:]}")
+        sys.exit(
+            f"failed: {' '.join(map(str, command))}\n{done.stdout[-3000:]}{done.stderr[-3000:]}"
+        )
     return done.stdout.strip()
 
 

@@ -111,18 +111,20 @@ def contents():
             series.append([key, None if label is None else str(label), number, computed])
         (family,) = [n for n, each in enumerate(families) if name in each["tables"]] or [None]
         marks = [each["reconstructed"][0] for each in rows.values() if each["reconstructed"]]
-        tables.append({
-            "name": name,
-            "family": family,
-            "meta": [[key, value] for key, value in payload.items() if key != "data"],
-            "series": series,
-            "reconstructed": marks[0] if marks else None,
-            "doubts": list(doubts_of(name, said)),
-            "rows": [
-                [as_html(cell, name) for cell in provenance.cells_of(name, *row)]
-                for row in rows.items()
-            ],
-        })
+        tables.append(
+            {
+                "name": name,
+                "family": family,
+                "meta": [[key, value] for key, value in payload.items() if key != "data"],
+                "series": series,
+                "reconstructed": marks[0] if marks else None,
+                "doubts": list(doubts_of(name, said)),
+                "rows": [
+                    [as_html(cell, name) for cell in provenance.cells_of(name, *row)]
+                    for row in rows.items()
+                ],
+            }
+        )
     return {
         "keys": list(dict.fromkeys(key for table in tables for key, _ in table["meta"])),
         "head": provenance.HEAD,
@@ -154,14 +156,16 @@ def page():
         return f"'sha256-{base64.b64encode(hashlib.sha256(text.encode()).digest()).decode()}'"
 
     # Nothing may be fetched, and nothing run but these texts.
-    policy = "; ".join([
-        "default-src 'none'",
-        f"script-src {' '.join(map(allow, scripts.values()))}",
-        f"style-src {allow(style)}",
-        "img-src data:",
-        "base-uri 'none'",
-        "form-action 'none'",
-    ])
+    policy = "; ".join(
+        [
+            "default-src 'none'",
+            f"script-src {' '.join(map(allow, scripts.values()))}",
+            f"style-src {allow(style)}",
+            "img-src data:",
+            "base-uri 'none'",
+            "form-action 'none'",
+        ]
+    )
     parts = scripts | {
         "style": style,
         "licence": licence,

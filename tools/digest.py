@@ -1,8 +1,8 @@
 """Print one digest of all that the imported module holds, to compare builds with each other.
 
 Usage: ./dev python tools/digest.py [--floats] [--tables]. The digest covers every attribute in its
-order, the docstring, every value's type and bits, every order of keys, and which lists and dicts are
-one object. With --floats a second line tells how many float objects there are and digests which
+order, the docstring, every value's type and bits, every order of keys, and which lists and dicts
+are one object. With --floats a second line tells how many float objects there are and digests which
 slots share one: that may differ between builds which hold the same. With --tables every table
 follows with a digest of its own, as tests/test_inventory.py has them.
 """

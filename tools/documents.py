@@ -8,8 +8,9 @@ import sys
 from difflib import unified_diff
 
 import catalogue
-import provenance
 import stub
+
+import provenance
 
 WRITTEN = {
     provenance.DOCUMENT: provenance.document_text,

@@ -3,11 +3,11 @@
 Usage: ./dev mutants [--sample N] [--seed N] [--jobs N] [--sample-only] [WORD ...]
 
 Breaks by hand first, those of tools/mutants.toml, then a sample of N (60) that rules make of all of
-tables/: operators swapped, conditions negated, numbers moved by one, statements dropped. Equal seeds
-give equal samples. With words only breaks whose description holds one of them are tried. Each job
-(2) works in a copy of the tree of its own, in build/mutants, and rebuilds what has changed. Fails
-when a break by hand is not noticed, or more than one in twenty of the sample. The result of the last
-full run stands in docs/reliability.md.
+tables/: operators swapped, conditions negated, numbers moved by one, statements dropped. Equal
+seeds give equal samples. With words only breaks whose description holds one of them are tried. Each
+job (2) works in a copy of the tree of its own, in build/mutants, and rebuilds what has changed.
+Fails when a break by hand is not noticed, or more than one in twenty of the sample. The result of
+the last full run stands in docs/reliability.md.
 """
 
 import argparse
@@ -57,7 +57,7 @@ SWAPS = {
     "+": "-", "-": "+", "*": "/", "/": "*", "+=": "-=", "-=": "+=",
 }  # fmt: skip
 # The formatter puts blanks around operators and none around the brackets of templates.
-OPERATOR = re.compile(r"(?<=[\w)\]] )(%s)(?= [\w(*&!-])" % "|".join(map(re.escape, SWAPS)))
+OPERATOR = re.compile(rf"(?<=[\w)\]] )({'|'.join(map(re.escape, SWAPS))})(?= [\w(*&!-])")
 CONDITION = re.compile(r"(?<=\bif )\((.*)\)(?= \{$)")
 NUMBER = re.compile(r"(?<![\w.\"'])\d+(?:\.\d+)?(?:e-?\d+)?(?![\w.\"'])")
 STATEMENT = re.compile(r"(?:[\w:.\]\[]|->)+\(.*\);|[\w.\->]+ [-+|]?= .*;|\+\+\w+;")
@@ -76,7 +76,9 @@ def code_lines(text):
     """The lines with code, each with where it starts, without what is a comment or a text."""
     start = 0
     for line in text.splitlines(keepends=True):
-        code = re.sub(r'"(?:\\.|[^"\\])*"', lambda quoted: '"' + "~" * (len(quoted[0]) - 2) + '"', line)
+        code = re.sub(
+            r'"(?:\\.|[^"\\])*"', lambda quoted: '"' + "~" * (len(quoted[0]) - 2) + '"', line
+        )
         code = code.split("//")[0].rstrip()
         if code.strip() and not code.lstrip().startswith(("#", "static_assert", "using")):
             yield start, code

@@ -7,6 +7,7 @@ select duration or the calendar years. docs/provenance.md says what the words me
 """
 
 import hashlib
+import itertools
 import json
 import tomllib
 from decimal import Decimal
@@ -56,7 +57,8 @@ def read_family(path):
     """A family as its file says it."""
     said = tomllib.loads(path.read_text("utf-8"))
     lists = {kind: said.get(kind, []) for kind in ("reading", "columns", "doubts")}
-    for kind, item in [("file", said), *((kind, each) for kind in lists for each in lists[kind])]:
+    items = [(kind, each) for kind, listed in lists.items() for each in listed]
+    for kind, item in [("file", said), *items]:
         strange = set(item) - set(WORDS[kind].split())
         expect(not strange, path.name, kind, f"unknown words {sorted(strange)}")
     for doubt in lists["doubts"]:
@@ -195,21 +197,24 @@ def described(family, name, seen, verified):
         entry = family["default"] | entry
         first = seen.setdefault(tuple(map(id, lists)), [name, column])
         computed, invented = entry.get("computed"), entry.get("invented", False)
-        yield column, {
-            "key": key,
-            "labels": labels,
-            "published": not computed and not invented,
-            "computed": computed,
-            "same_as": None if first == [name, column] else first,
-            **{word: entry[word] for word in ("place", "order", "basis", "documents")},
-            **facts_of(name, key, lists),
-            "reconstructed": [],
-            "completed": [],
-            "verified": [
-                {word: said for word, said in each.items() if word != "digest"}
-                for each in verified.get(where, [])
-            ],
-        }
+        yield (
+            column,
+            {
+                "key": key,
+                "labels": labels,
+                "published": not computed and not invented,
+                "computed": computed,
+                "same_as": None if first == [name, column] else first,
+                **{word: entry[word] for word in ("place", "order", "basis", "documents")},
+                **facts_of(name, key, lists),
+                "reconstructed": [],
+                "completed": [],
+                "verified": [
+                    {word: said for word, said in each.items() if word != "digest"}
+                    for each in verified.get(where, [])
+                ],
+            },
+        )
 
 
 def table_of(family, name, columns, doubts):
@@ -260,7 +265,7 @@ def register():
         for name in family["tables"]:
             tables[name] = table_of(family, name, columns[name], doubts)
         named = [each["documents"] for of in columns.values() for each in of.values()]
-        family["documents"] = list(dict.fromkeys(sum(named, [])))
+        family["documents"] = list(dict.fromkeys(itertools.chain(*named)))
         stray = set(family["agreed"]) - set(family["documents"])
         expect(not stray, family["id"], f"no column names {stray}, said to agree")
         used.update(family["documents"])
@@ -340,9 +345,12 @@ def items_of(family):
     for name in family["documents"]:
         it = register()["documents"][name]
         agreed = family["agreed"].get(name)
-        yield "Document", (
-            f"`{name}`, {it['what']}. Copy: {it.get('copy', 'not recorded')}; read {it['read']}; "
-            f"sha256 `{it['sha256']}`." + (f" Equal: {agreed}." if agreed else "")
+        copy = (
+            f"Copy: {it.get('copy', 'not recorded')}; read {it['read']}; sha256 `{it['sha256']}`."
+        )
+        yield (
+            "Document",
+            f"`{name}`, {it['what']}. {copy}" + (f" Equal: {agreed}." if agreed else ""),
         )
     yield from family["facts"].items()
 

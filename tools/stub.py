@@ -3,9 +3,9 @@
 from textwrap import fill
 
 from catalogue import line, purpose_of, shape_of
-from provenance import TOP
 
 from marlune.tables.data_tables import REPO_TABLES
+from provenance import TOP
 
 STUB = TOP / "marlune" / "tables" / "data_tables.pyi"
 MARK = "# Everything below is written by `./dev python tools/documents.py --write`.\n"

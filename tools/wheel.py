@@ -33,12 +33,17 @@ assert module.__file__.startswith(sys.prefix)
 sources = pathlib.Path(module.__file__).with_name("data_tables_sources.json").read_text("utf-8")
 assert list(json.loads(sources)["tables"]) == list(module.REPO_TABLES)
 """
-ALONE = IMPORT + """
+ALONE = (
+    IMPORT
+    + """
 import marlune.tables
 assert marlune.__file__ is None and marlune.tables.__file__ is None
 """
+)
 # As the README documents it.
-BESIDE = IMPORT + """
+BESIDE = (
+    IMPORT
+    + """
 from marlune import TableBuilder
 for name, table in module.REPO_TABLES.items():
     payload = dict(table)
@@ -47,6 +52,7 @@ for name, table in module.REPO_TABLES.items():
     assert built.data is table["data"] and built.table_name == table["table_name"]
     assert getattr(module, name) is table
 """
+)
 WITHOUT = """
 import importlib.util, marlune
 assert marlune.TableBuilder and importlib.util.find_spec("marlune.tables.data_tables") is None
@@ -80,7 +86,7 @@ def system_tag(module: Path) -> tuple[str, list[str]]:
     assert all(re.match(r"(libc|ld-linux[-\w]*)\.so", name) for name in needed), needed
     by_version: dict[tuple[int, int], list[str]] = {}
     for version, name in re.findall(r"\(GLIBC_(\S+)\) +(\S+)", run("objdump", "-T", module)):
-        # A version that is no number is one of the C library's own affairs, and the newest systems'.
+        # A version that is no number is the C library's own affair, and the newest systems'.
         assert re.fullmatch(r"[0-9.]+", version), f"{name} needs GLIBC_{version}"
         major, minor = map(int, version.split(".")[:2])
         by_version.setdefault((major, minor), []).append(name)
@@ -204,7 +210,9 @@ def main() -> None:
     print(*prove_contents(wheel, Path(spec.origin)), sep="\n")
     with TemporaryDirectory() as made:
         prove_installation(wheel, make_wheel(STAND_IN, Path(made)))
-    print("In a new environment it works alone and beside a package marlune, whichever is first and")
+    print(
+        "In a new environment it works alone and beside a package marlune, whichever is first and"
+    )
     print("wherever that is; uninstalling either leaves the other working, both leaves no file.")
 
 

@@ -8,13 +8,14 @@ from pathlib import Path
 
 import pytest
 from columns import PUBLISHED, SYNTHETIC, lists_of
-import marlune.tables.data_tables as module
-from marlune.tables.data_tables import REPO_TABLES
 from selenium import webdriver
 from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.support.ui import Select, WebDriverWait
+
+import marlune.tables.data_tables as module
+from marlune.tables.data_tables import REPO_TABLES
 
 TOOLS = Path(__file__).resolve().parents[2] / "tools"
 SOURCES = Path(module.__file__).with_name("data_tables_sources.json")

@@ -171,7 +171,9 @@ def test_two_first_runs_build_one_after_the_other(tmp_path):
     dev = clone(tmp_path / "tree")
     alone = f"mkdir {tmp_path}/busy || touch {tmp_path}/clash; sleep 0.2; rmdir {tmp_path}/busy"
     made = "mkdir -p build/release; touch build/release/build.ninja; echo >>build/release/made"
-    tools(tmp_path / "bin", ninja="echo no work to do", cmake=f"{alone}; [ $1 = --build ] || {made}")
+    tools(
+        tmp_path / "bin", ninja="echo no work to do", cmake=f"{alone}; [ $1 = --build ] || {made}"
+    )
     both = [start([dev, "python", "-c", ""], tmp_path) for _ in range(2)]
     for each in both:
         _, said = each.communicate(timeout=60)

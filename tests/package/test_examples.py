@@ -57,7 +57,7 @@ def cmf_survival(table, sex, age, interest=0):
 
 
 def dav_annuity(row):
-    """ä of a male of 65 in 2026 at 1.25 %, by the formula of the DAV's workbook, T1 = 5, T2 = 25."""
+    """ä of a male of 65 in 2026 at 1.25 %, by the formula of the DAV's workbook: T1 5, T2 25."""
     t1, t2, value = 5, 25, 1.0
     data = module.DAV2004R_Agg_2o["data"]
     start, target = (data["MI_m"][year] for year in (2004, 2024))
@@ -168,11 +168,13 @@ def test_frames_hold_every_rate_at_its_age():
 def test_safe_copy_leaves_the_module_as_it_was():
     before = copy.deepcopy(REPO_TABLES)
     made = runpy.run_path(str(TOP / "examples" / "safe_copy.py"))
-    assert REPO_TABLES == before
+    assert before == REPO_TABLES
     assert made["own"]["data"] is made["data"] != before["PASEM2010"]["data"]
 
 
-@pytest.mark.parametrize("document", ["README.md", "docs/provenance.md", "docs/reading.md", "docs/types.md"])
+@pytest.mark.parametrize(
+    "document", ["README.md", "docs/provenance.md", "docs/reading.md", "docs/types.md"]
+)
 def test_code_in_documents_prints_what_it_says(document):
     """Each print of a block has its output behind it, as a comment."""
     text = (TOP / document).read_text(encoding="utf-8")

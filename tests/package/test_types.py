@@ -93,10 +93,14 @@ GAM71["omega"] = 120
 # The page about types shows both, in a block each.
 PAGE = (TOP / "docs" / "types.md").read_text()
 MIXED, USE = re.findall(r"^```py(?:thon)?\n(.*?)^```", PAGE, re.M | re.S)
-MISTAKES = {("bad.py", number) for number, line in enumerate(BAD.splitlines(), 1)
-            if line and line[0] not in "# )" and not line.startswith("from ")}
-MISTAKES |= {("mixed.py", number) for number, line in enumerate(MIXED.splitlines(), 1)
-             if "# error" in line}
+MISTAKES = {
+    ("bad.py", number)
+    for number, line in enumerate(BAD.splitlines(), 1)
+    if line and line[0] not in "# )" and not line.startswith("from ")
+}
+MISTAKES |= {
+    ("mixed.py", number) for number, line in enumerate(MIXED.splitlines(), 1) if "# error" in line
+}
 FILES = {"good.py": GOOD, "use.py": USE, "bad.py": BAD, "mixed.py": MIXED}
 
 
@@ -148,7 +152,9 @@ def pyright(folder):
     """The errors and warnings of pyright: file name, line, message."""
     python = folder / "venv" / "bin" / "python"
     report = json.loads(check(folder, "node", PYRIGHT, "--outputjson", "--pythonpath", python))
-    assert report["summary"]["filesAnalyzed"] == len(FILES) + len(list(folder.glob("examples/*.py")))
+    assert report["summary"]["filesAnalyzed"] == len(FILES) + len(
+        list(folder.glob("examples/*.py"))
+    )
     return [
         (Path(each["file"]).name, each["range"]["start"]["line"] + 1, each["message"])
         for each in report["generalDiagnostics"]

@@ -1,4 +1,4 @@
-"""Processes that embed the interpreter, end it and start it again; what C++ throws at the border."""
+"""Processes that embed the interpreter, end it and start again; what C++ throws at the border."""
 
 import os
 import subprocess
@@ -26,7 +26,8 @@ FAIL = "kept = zip; del builtins.zip; print(outcome()); builtins.zip = kept"
 OTHER = f"""
 import _interpreters
 other = _interpreters.create("legacy")
-failure = _interpreters.exec(other, "import {NAME} as module; assert list(vars(module))[-1] == '__test__'")
+complete = "import {NAME} as module; assert list(vars(module))[-1] == '__test__'"
+failure = _interpreters.exec(other, complete)
 print(f"{{failure.type.__name__}}: {{failure.msg}}" if failure else "complete")
 """
 REFUSED = (

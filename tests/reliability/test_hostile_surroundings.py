@@ -75,7 +75,7 @@ FAILURES = {
     version = ctypes.c_ulong.in_dll(ctypes.pythonapi, "Py_Version")
     page = ctypes.addressof(version) & ~4095  # A constant of the interpreter: made writable.
     assert ctypes.CDLL(None).mprotect(ctypes.c_void_p(page), 8192, 7) == 0
-    version.value = 0x030D00F0""": "RuntimeWarning(\"compile time Python version 3.1",
+    version.value = 0x030D00F0""": 'RuntimeWarning("compile time Python version 3.1',
     at("_dav_mi_linear", "bind(_dav_mi_linear=5)"): "TypeError(",
     at("_build_dav2004r_data", "bind(_build_dav2004r_data=5)"): "TypeError(",
     at("_DAV2004R_DATA", "module_dict()['_DAV2004R_DATA'].clear()"): "KeyError('Agg_2o')",
@@ -291,7 +291,7 @@ def blend_by_the_rule(start, target):
     years = {2004: start[:]}
     for gone in range(1, 20):
         weight = gone * 0.05
-        years[2004 + gone] = [s + weight * (z - s) for s, z in zip(start, target)]  # noqa: B905
+        years[2004 + gone] = [s + weight * (z - s) for s, z in zip(start, target)]
     years[2024] = target[:]
     return years
 
