@@ -6,8 +6,8 @@ The trend of a year is the force by which the rate of an age falls from that yea
 
 Before 2004 the trend is that of 2004, from 2024 on that of 2024. In first order the trend is the
 same in all years, so that the sum is MI(x) · (t - 1999). In second order it is not: the trend of
-the year t times the years since 1999 leaves out that the trend was stronger before, and the annuity
-comes out too low by 0.62, three per cent.
+year t times the years since 1999 forgets that the trend was stronger before, and the annuity comes
+out too low by 0.62, three per cent.
 
 Select rates go by attained age: duration 1 in the first year of the annuity, 2 to 5 in the next
 four, then the ultimate rates. Before the annuity starts, the aggregate table holds.
@@ -54,11 +54,10 @@ def annuity_due(rates: list[float], interest: float) -> float:
 
 if __name__ == "__main__":
     ages = range(65, DAV2004R_Agg_2o["omega"] + 1)
-    print(
-        f"male of 60 in 2005: {first_order(60, 2005):.9f}, second order {aggregate(60, 2005):.9f}"
-    )
+    print(f"male of 60 in 2005, first order:  {first_order(60, 2005):.9f}")
+    print(f"male of 60 in 2005, second order: {aggregate(60, 2005):.9f}")
     by_age = [aggregate(age, 2026 + age - 65) for age in ages]
     print(f"ä65 at 1.25 %, aggregate = {annuity_due(by_age, 0.0125):.6f}")
-    # At 121 a numbered duration would hold the bare factor; a life gets there by ultimate rates.
+    # At 121 a numbered duration holds the bare factor, but nobody is selected at that age.
     selected = [select(age, 2026 + age - 65, age - 65 + 1) for age in ages]
     print(f"ä65 at 1.25 %, select    = {annuity_due(selected, 0.0125):.6f}")

@@ -1,8 +1,8 @@
 """Projected rates with the tables of the Chilean supervisor: improvement by calendar year and age.
 
-q(x, t) = q(x, 2020) · (1 - AA(x, 2021)) · … · (1 - AA(x, t)). From 2036 on the factors stay
-constant, says the supervisor. His worked example is a male of 65 in 2022, CB-H-2020: 0.008526031.
-For 2023 he announced that a male of 65 would reach 86.6 years and a female of 60 would reach 90.8.
+q(x, t) = q(x, 2020) · (1 - AA(x, 2021)) · … · (1 - AA(x, t)). From 2036 on the factors stay as they
+are, says the supervisor. His worked example is a male of 65 in 2022, CB-H-2020: 0.008526031. For
+2023 he announced that a male of 65 would reach 86.6 years and a female of 60 would reach 90.8.
 """
 
 from collections.abc import Callable

@@ -1,9 +1,9 @@
 """Check that CHANGELOG.md names every changed published column; silent where it does.
 
 Usage: changelog.py [FOLDER], by default the top of the tree. Every section carries one digest over
-the published columns of the register of sources as they were released. Undoing the newest
-section's rows of changed columns must lead to the digest of the section below, and so on down to
-the first release.
+the published columns of the register of sources as they were released. Undoing the newest section's
+rows of changed columns must lead to the digest of the section below, and so on down to the first
+release.
 """
 
 import hashlib

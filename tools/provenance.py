@@ -7,7 +7,6 @@ select duration or the calendar years. docs/provenance.md says what the words me
 """
 
 import hashlib
-import itertools
 import json
 import tomllib
 from decimal import Decimal
@@ -57,8 +56,8 @@ def read_family(path):
     """A family as its file says it."""
     said = tomllib.loads(path.read_text("utf-8"))
     lists = {kind: said.get(kind, []) for kind in ("reading", "columns", "doubts")}
-    items = [(kind, each) for kind, listed in lists.items() for each in listed]
-    for kind, item in [("file", said), *items]:
+    items = [("file", said), *((kind, each) for kind in lists for each in lists[kind])]
+    for kind, item in items:
         strange = set(item) - set(WORDS[kind].split())
         expect(not strange, path.name, kind, f"unknown words {sorted(strange)}")
     for doubt in lists["doubts"]:
@@ -187,7 +186,7 @@ def declared_ages(reason):
                 yield column, [list(pair) for pair in zip(firsts, lasts)]
 
 
-def described(family, name, seen, verified):
+def columns_described(family, name, seen, verified):
     """The columns of a table, as the register has them."""
     for column, key, labels, lists in columns_of(family, name):
         where = f"{name} {column}"
@@ -197,24 +196,22 @@ def described(family, name, seen, verified):
         entry = family["default"] | entry
         first = seen.setdefault(tuple(map(id, lists)), [name, column])
         computed, invented = entry.get("computed"), entry.get("invented", False)
-        yield (
-            column,
-            {
-                "key": key,
-                "labels": labels,
-                "published": not computed and not invented,
-                "computed": computed,
-                "same_as": None if first == [name, column] else first,
-                **{word: entry[word] for word in ("place", "order", "basis", "documents")},
-                **facts_of(name, key, lists),
-                "reconstructed": [],
-                "completed": [],
-                "verified": [
-                    {word: said for word, said in each.items() if word != "digest"}
-                    for each in verified.get(where, [])
-                ],
-            },
-        )
+        described = {
+            "key": key,
+            "labels": labels,
+            "published": not computed and not invented,
+            "computed": computed,
+            "same_as": None if first == [name, column] else first,
+            **{word: entry[word] for word in ("place", "order", "basis", "documents")},
+            **facts_of(name, key, lists),
+            "reconstructed": [],
+            "completed": [],
+            "verified": [
+                {word: said for word, said in each.items() if word != "digest"}
+                for each in verified.get(where, [])
+            ],
+        }
+        yield column, described
 
 
 def table_of(family, name, columns, doubts):
@@ -257,15 +254,18 @@ def register():
     documents = tomllib.loads((FOLDER / "documents.toml").read_text("utf-8"))
     read, tables, seen, used = families(), {}, {}, set()
     for family in read:
-        columns = {name: dict(described(family, name, seen, verified)) for name in family["tables"]}
+        columns = {
+            name: dict(columns_described(family, name, seen, verified)) for name in family["tables"]
+        }
         idle = [each["columns"] for each in family["columns"] if "used" not in each]
         expect(not idle, family["id"], f"no column is like {idle}")
         places = [(name, column) for name in family["tables"] for column in columns[name]]
         doubts = [doubt_of(doubt, places) for doubt in family["doubts"]]
         for name in family["tables"]:
             tables[name] = table_of(family, name, columns[name], doubts)
-        named = [each["documents"] for of in columns.values() for each in of.values()]
-        family["documents"] = list(dict.fromkeys(itertools.chain(*named)))
+        entries = [entry for of in columns.values() for entry in of.values()]
+        named = dict.fromkeys(each for entry in entries for each in entry["documents"])
+        family["documents"] = list(named)
         stray = set(family["agreed"]) - set(family["documents"])
         expect(not stray, family["id"], f"no column names {stray}, said to agree")
         used.update(family["documents"])
@@ -345,13 +345,9 @@ def items_of(family):
     for name in family["documents"]:
         it = register()["documents"][name]
         agreed = family["agreed"].get(name)
-        copy = (
-            f"Copy: {it.get('copy', 'not recorded')}; read {it['read']}; sha256 `{it['sha256']}`."
-        )
-        yield (
-            "Document",
-            f"`{name}`, {it['what']}. {copy}" + (f" Equal: {agreed}." if agreed else ""),
-        )
+        copy = it.get("copy", "not recorded")
+        text = f"`{name}`, {it['what']}. Copy: {copy}; read {it['read']}; sha256 `{it['sha256']}`."
+        yield "Document", text + (f" Equal: {agreed}." if agreed else "")
     yield from family["facts"].items()
 
 

@@ -11,12 +11,7 @@ CHANGES = {
     "two purposes": ("am92", "AM92_AF92 =", "GAM71 = 'x'\nAM92_AF92 =", "GAM71: 2 files"),
     "purpose of no table": ("gam", "[purpose]", "[purpose]\nGAM72 = 'x'", "no table GAM72"),
     "column without a place": ("gam", '"GAM71 qx_m"', '"GAM71 qx_f"', "GAM71 qx_m: matched by 0"),
-    "place of no column": (
-        "swiss",
-        "[agreed]",
-        "[[columns]]\ncolumns = 'X'\n[agreed]",
-        "no column",
-    ),
+    "place of no column": ("swiss", "[agreed]", "[[columns]]\ncolumns='X'\n[agreed]", "no column"),
     "no reading": ("per2020", "PER2020_*", "PER2020_Ind*", "projection: matched by 0"),
     "unknown grade": ("am92", '"completion"', '"doubtful"', "no such grade: doubtful"),
     "unknown word": ("am92", "grade =", "degree =", "unknown words ['degree']"),
