@@ -91,6 +91,12 @@ def tables_of_document():
         yield f"{kind}: purpose", markdown(head, uses)
         facts = [(name, *facts) for name, _, *facts in lines]
         yield f"{kind}: facts", markdown(("name", *HEAD[2:]), facts)
+        rules = [
+            (name, tables[name]["projection"] or "-", tables[name]["select"] or "-")
+            for name, *_ in lines
+            if tables[name]["projection"] or tables[name]["select"]
+        ]
+        yield f"{kind}: reading", markdown(("name", "projection", "select rates go by"), rules)
 
 
 def document_text():
