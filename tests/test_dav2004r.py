@@ -7,7 +7,7 @@ from fractions import Fraction
 
 import pytest
 from compiler import compile_source
-from hypothesis import given
+from hypothesis import HealthCheck, given, settings
 from hypothesis import strategies as st
 
 import marlune.tables.data_tables as module
@@ -61,6 +61,8 @@ def test_weights_are_products_not_quotients():
 rates = st.floats(allow_nan=False, width=64) | st.integers(-(10**6), 10**6)
 
 
+# A loaded machine is no fault of the function.
+@settings(deadline=None, suppress_health_check=[HealthCheck.too_slow])
 @given(st.lists(rates, max_size=9), st.lists(rates, max_size=9))
 def test_any_two_lists_give_what_plain_python_gives(start, target):
     before = list(start), list(target)
