@@ -129,8 +129,8 @@ def _dav_mi_linear(mi_start: Rates, mi_ziel: Rates) -> YearGrid:
     to the end of the shorter list.
 
     TypeError for anything but exactly two lists (subclasses of list are refused), and what the
-    arithmetic of the elements raises. The blend is how DAV 2004 R goes from the start trend to the
-    target trend.
+    arithmetic of the elements raises. The blend is the damping of the DAV's workbook with T1 = 5
+    and T2 = 25; the workbook itself is kept with T2 = 10.
     """
 
 def _build_dav2004r_data() -> dict[str, Mapping[ColumnName, Column]]:
