@@ -129,7 +129,7 @@ void bring_to_life(PyObject *module, Progress &progress) {
   check(PyObject_SetAttrString(module, "__builtins__", builtins.get()));
   live->names = Namespace(Reference::borrow(PyModule_GetDict(module)), std::move(builtins));
   warn_of_other_version();
-  live->literals = LiteralObjects(resolved_body.recipes);
+  live->literals = LiteralObjects(resolved_body.recipes, resolved_body.floats);
   progress.line = resolved_body.short_name_line;
   register_short_name(module);
   progress.line = resolved_body.builtins_line;

@@ -6,6 +6,8 @@
 #include "payload/description_to_recipe.hpp"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <iterator>
 
 namespace marlune::tables {
@@ -37,7 +39,7 @@ static_assert(inventory_is_complete());
 
 struct Resolved {
   Cookbook cookbook;
-  dav2004r::Ingredients ingredients;
+  dav2004r::Ingredients ingredients{};
   std::array<Step, std::size(body)> steps{};
   std::array<Index, std::size(inventory_names)> inventory{};
   Index module_name = 0;
@@ -79,6 +81,23 @@ constexpr Resolved resolved = [] {
   return result;
 }();
 
+constexpr TextRecipe recipe_of(std::string_view text) {
+  TextRecipe recipe{.length = index_of(text.size()), .kind = TextRecipe::Kind::identifier};
+  for (const char letter : text) {
+    const bool of_identifier = (letter >= 'a' && letter <= 'z') ||
+                               (letter >= 'A' && letter <= 'Z') ||
+                               (letter >= '0' && letter <= '9') || letter == '_';
+    if (static_cast<unsigned char>(letter) >= 0x80U) {
+      recipe.kind = TextRecipe::Kind::other;
+      break;
+    }
+    if (!of_identifier) {
+      recipe.kind = TextRecipe::Kind::ascii;
+    }
+  }
+  return recipe;
+}
+
 // What the binary holds: each sequence cut to its length.
 template <std::size_t Size, class T, std::size_t Room>
 constexpr std::array<T, Size> cut_to_length(const Bounded<T, Room> &items) {
@@ -88,9 +107,32 @@ constexpr std::array<T, Size> cut_to_length(const Bounded<T, Room> &items) {
 }
 
 constexpr const Cookbook &all = resolved.cookbook;
-constexpr auto ints = cut_to_length<all.constants.ints.size()>(all.constants.ints.items());
-constexpr auto texts = cut_to_length<all.constants.texts.size()>(all.constants.texts.items());
-constexpr auto floats = cut_to_length<all.constants.floats.size()>(all.constants.floats.items());
+constexpr const auto &all_ints = all.constants.ints.items();
+constexpr const auto &all_texts = all.constants.texts.items();
+constexpr const auto &all_floats = all.constants.floats.items();
+constexpr auto ints = cut_to_length<all_ints.size()>(all_ints);
+constexpr auto text_bytes = [] {
+  constexpr std::size_t size = [] {
+    std::size_t sum = 0;
+    for (const std::string_view text : all_texts) {
+      sum += text.size();
+    }
+    return sum;
+  }();
+  std::array<char, size> bytes{};
+  char *next = bytes.data();
+  for (const std::string_view text : all_texts) {
+    next = std::ranges::copy(text, next).out;
+  }
+  return bytes;
+}();
+constexpr auto texts = [] {
+  std::array<TextRecipe, all_texts.size()> recipes{};
+  std::ranges::transform(all_texts, recipes.begin(), recipe_of);
+  return recipes;
+}();
+constexpr auto floats = std::bit_cast<std::array<double, all_floats.size()>>(
+    cut_to_length<all_floats.size()>(all_floats));
 constexpr auto slots = cut_to_length<all.slots.size()>(all.slots);
 constexpr auto lists = cut_to_length<all.lists.size()>(all.lists);
 constexpr auto entries = cut_to_length<all.entries.size()>(all.entries);
@@ -100,10 +142,13 @@ constexpr auto payloads = cut_to_length<all.payloads.size()>(all.payloads);
 constexpr auto steps = resolved.steps;
 constexpr auto inventory_constants = resolved.inventory;
 
+PyFloatObject float_objects[floats.size()];
+
 } // namespace
 
 constexpr ResolvedBody resolved_body{
-    .recipes = {ints, texts, floats, slots, lists, entries, columns, fields, payloads},
+    .recipes = {ints, text_bytes, texts, floats, slots, lists, entries, columns, fields, payloads},
+    .floats = float_objects,
     .steps = steps,
     .inventory = inventory_constants,
     .module_name = resolved.module_name,

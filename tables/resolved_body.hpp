@@ -20,6 +20,7 @@ struct Step {
 
 struct ResolvedBody {
   Recipes recipes;
+  std::span<PyFloatObject> floats; // the memory of the float objects, for the import to fill in
   std::span<const Step> steps;
   std::span<const Index> inventory; // constants: the names of the tables
   Index module_name;                // constant: what the functions have as __module__

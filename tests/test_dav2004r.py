@@ -1,7 +1,6 @@
 """The DAV 2004 R functions and what they build."""
 
 import platform
-import sysconfig
 from decimal import Decimal
 from fractions import Fraction
 
@@ -109,11 +108,25 @@ def test_long_list_beside_a_short_one_takes_no_memory():
 def test_compiler_that_would_reckon_otherwise_is_refused(option, sentence):
     if option.startswith("-m") and platform.machine() != "x86_64":
         pytest.skip("only there")
-    include = f"-I{sysconfig.get_config_var('INCLUDEPY')}"
-    source = '#include "interpreter/arithmetic.hpp"'
-    assert compile_source(source, "-fsyntax-only", include)[0]
-    compiles, errors = compile_source(source, "-fsyntax-only", include, option)
+    source = '#include "payload/numbers.hpp"'
+    assert compile_source(source, "-fsyntax-only")[0]
+    compiles, errors = compile_source(source, "-fsyntax-only", option)
     assert not compiles and sentence in errors, errors
+
+
+def test_known_grid_is_taken_for_the_published_trends_alone():
+    published = module._DAV2004R_DATA["Agg_2o"]["MI_f"]
+    start, target = published[2004], published[2024]
+    again = blend(start, target)
+    assert again == published
+    assert all(again[year] is not published[year] for year in published)
+    assert all(again[2014][age] is published[2014][age] for age in range(122))
+    for age in (0, 60, 121):
+        other = start.copy()
+        other[age] = 0.5
+        assert blend(other, target)[2014][age] == 0.5 + 0.5 * (target[age] - 0.5)
+        assert blend(start, other)[2014][age] == start[age] + 0.5 * (0.5 - start[age])
+    assert len(blend(start[:-1], target)[2014]) == 121
 
 
 class Logged:

@@ -1,8 +1,8 @@
 #include "dav2004r/functions.hpp"
 
 #include "dav2004r/arguments.hpp"
-#include "dav2004r/columns.hpp"
 #include "dav2004r/ingredients.hpp"
+#include "dav2004r/rules.hpp"
 #include "interpreter/arithmetic.hpp"
 #include "interpreter/guard.hpp"
 #include "interpreter/lists.hpp"
@@ -16,31 +16,10 @@ namespace {
 
 // ---- _dav_mi_linear ----
 
-// The part of the way from start to target that a year has gone. The product is the rule, not the
-// quotient by 20: they differ in the last bit for seven of the years.
-struct Weight {
-  double value;
-  Reference object;
-
-  explicit Weight(int year)
-      : value(static_cast<double>(year - first_year) * 0.05),
-        object(Reference::steal(PyFloat_FromDouble(value))) {}
-};
-
-Reference blend_objects(const Weight &weight, PyObject *start, PyObject *target) {
-  const Reference difference = Reference::steal(PyNumber_Subtract(target, start));
-  const Reference part = Reference::steal(PyNumber_Multiply(weight.object.get(), difference.get()));
-  return Reference::steal(PyNumber_Add(start, part.get()));
-}
-
-// start + weight × (target − start), in this order, by the interpreter's number protocol.
-Reference blend(const Weight &weight, PyObject *start, PyObject *target) {
-  if (!both_exact_floats(start, target)) {
-    return blend_objects(weight, start, target);
-  }
-  const double difference = PyFloat_AS_DOUBLE(target) - PyFloat_AS_DOUBLE(start);
-  const double part = weight.value * difference;
-  return Reference::steal(PyFloat_FromDouble(PyFloat_AS_DOUBLE(start) + part));
+// start + weight × (target − start), in this order.
+Reference blend(const Reference &weight, PyObject *start, PyObject *target) {
+  const Reference part = product(weight.get(), difference(target, start).get());
+  return sum(start, part.get());
 }
 
 struct Pair {
@@ -72,26 +51,14 @@ Pair unpack_pair(PyObject *iterable) {
 // The function outlives an import that fails; then nobody has another `zip` than the interpreter's.
 template <class Action>
 void for_each_pair(const Context *context, const TrendArguments &trends, Action action) {
-  if (context != nullptr && !context->builtins.own_zip) {
-    PyObject *const arguments[] = {trends.start, trends.target};
-    const Reference pairs =
-        Reference::steal(PyObject_Vectorcall(context->builtins.zip.get(), arguments, 2, nullptr));
-    for_each_item(pairs.get(), [&](PyObject *item) {
-      const Pair pair = unpack_pair(item);
-      action(pair.first.get(), pair.second.get());
-    });
-    return;
-  }
-  // The walk of the interpreter's own zip over two lists, which may change under it.
-  for (Py_ssize_t index = 0;
-       index < PyList_GET_SIZE(trends.start) && index < PyList_GET_SIZE(trends.target); ++index) {
-    PyObject *const start = PyList_GET_ITEM(trends.start, index);
-    PyObject *const target = PyList_GET_ITEM(trends.target, index);
-    const bool floats = both_exact_floats(start, target);
-    const Reference held_start = hold_unless(floats, start);
-    const Reference held_target = hold_unless(floats, target);
-    action(start, target);
-  }
+  PyObject *const zip =
+      context != nullptr ? context->builtins.zip.get() : reinterpret_cast<PyObject *>(&PyZip_Type);
+  PyObject *const arguments[] = {trends.start, trends.target};
+  const Reference pairs = Reference::steal(PyObject_Vectorcall(zip, arguments, 2, nullptr));
+  for_each_item(pairs.get(), [&](PyObject *item) {
+    const Pair pair = unpack_pair(item);
+    action(pair.first.get(), pair.second.get());
+  });
 }
 
 Reference copy_of(PyObject *list) {
@@ -99,7 +66,7 @@ Reference copy_of(PyObject *list) {
 }
 
 Reference blended(const Context *context, const TrendArguments &trends, int year) {
-  const Weight weight(year);
+  const Reference weight = Reference::steal(PyFloat_FromDouble(weight_of(year)));
   Items items(std::min(PyList_GET_SIZE(trends.start), PyList_GET_SIZE(trends.target)));
   for_each_pair(context, trends, [&](PyObject *start, PyObject *target) {
     items.add(blend(weight, start, target));
@@ -115,14 +82,29 @@ Reference year_key(const Context *context, int year) {
   return Reference::borrow(context->literals[index_of(ingredients.first_year + later)]);
 }
 
+// Whose trends these are, when they still are those of the publication.
+const SexIngredients *known_sex(const Context &context, const TrendArguments &trends) {
+  const ObjectMaker maker(context);
+  for (const SexIngredients *const sex : {&ingredients.m, &ingredients.f}) {
+    if (maker.is_known(trends.start, sex->start_2o) &&
+        maker.is_known(trends.target, sex->target_2o)) {
+      return sex;
+    }
+  }
+  return nullptr;
+}
+
 Reference improvement_grid(const Context *context, const TrendArguments &trends) {
+  const SexIngredients *const known = context != nullptr ? known_sex(*context, trends) : nullptr;
   Reference grid = Reference::steal(PyDict_New());
   const auto add = [&](int year, const Reference &rates) {
     set_item(grid, year_key(context, year).get(), rates.get());
   };
   add(first_year, copy_of(trends.start));
   for (int year = first_year + 1; year < last_year; ++year) {
-    add(year, blended(context, trends, year));
+    const auto later = static_cast<std::size_t>(year - first_year - 1);
+    add(year, known != nullptr ? ObjectMaker(*context).list(known->blended[later])
+                               : blended(context, trends, year));
   }
   add(last_year, copy_of(trends.target));
   return grid;
@@ -141,31 +123,6 @@ PyObject *call_mi_linear(PyObject * /*module*/, PyObject *const *values, Py_ssiz
 }
 
 // ---- _build_dav2004r_data ----
-
-// A select duration: the ultimate rate times the factor at every age, the last one included.
-Reference select_duration(const Reference &ultimate, PyObject *factor) {
-  Items items(PyList_GET_SIZE(ultimate.get()));
-  for_each_item(ultimate.get(), [&](PyObject *rate) { items.add(product(rate, factor)); });
-  return std::move(items).list();
-}
-
-Reference select_mapping(const Context &context, const Reference &ultimate,
-                         const SexIngredients &sex) {
-  Reference mapping = Reference::steal(PyDict_New());
-  for (std::size_t index = 0; index < sex.factors.size(); ++index) {
-    set_item(mapping, context.literals[ingredients.durations[index]],
-             select_duration(ultimate, context.literals[sex.factors[index]]).get());
-  }
-  set_item(mapping, context.literals[ingredients.ult], ultimate.get());
-  return mapping;
-}
-
-// The blend of two trends, by whatever the module's attribute holds at this moment.
-Reference call_blending(const Context &context, const Reference &start, const Reference &target) {
-  const Reference function = context.names.find(context.literals[ingredients.blending]);
-  PyObject *const arguments[] = {start.get(), target.get()};
-  return Reference::steal(PyObject_Vectorcall(function.get(), arguments, 2, nullptr));
-}
 
 // The literal columns of one sex, each a new list.
 struct SexLists {
@@ -186,6 +143,44 @@ constexpr Source sources[] = {
     {&SexLists::ult_1o, &SexIngredients::ult_1o},
     {&SexLists::ult_2o, &SexIngredients::ult_2o},
 };
+
+// A select duration: the ultimate rate times the factor at every age, the last one included.
+Reference select_duration(const Reference &ultimate, PyObject *factor) {
+  Items items(PyList_GET_SIZE(ultimate.get()));
+  for_each_item(ultimate.get(), [&](PyObject *rate) { items.add(product(rate, factor)); });
+  return std::move(items).list();
+}
+
+// `known` are the lists of its durations for an ultimate column that is that of the recipe.
+Reference select_mapping(const Context &context, const Reference &ultimate, Index recipe,
+                         const ByDuration &known, const ByDuration &factors) {
+  const ObjectMaker maker(context);
+  // Until the mapping is full: making known lists runs nobody else's code.
+  const bool is_known = maker.is_known(ultimate.get(), recipe);
+  Reference mapping = Reference::steal(PyDict_New());
+  for (std::size_t index = 0; index < factors.size(); ++index) {
+    const Reference rates = is_known ? maker.list(known[index])
+                                     : select_duration(ultimate, context.literals[factors[index]]);
+    set_item(mapping, context.literals[ingredients.durations[index]], rates.get());
+  }
+  set_item(mapping, context.literals[ingredients.ult], ultimate.get());
+  return mapping;
+}
+
+Reference select_1o(const Context &context, const SexLists &lists, const SexIngredients &sex) {
+  return select_mapping(context, lists.ult_1o, sex.ult_1o, sex.select_1o, sex.factors);
+}
+
+Reference select_2o(const Context &context, const SexLists &lists, const SexIngredients &sex) {
+  return select_mapping(context, lists.ult_2o, sex.ult_2o, sex.select_2o, sex.factors);
+}
+
+// The blend of two trends, by whatever the module's attribute holds at this moment.
+Reference call_blending(const Context &context, const Reference &start, const Reference &target) {
+  const Reference function = context.names.find(context.literals[ingredients.blending]);
+  PyObject *const arguments[] = {start.get(), target.get()};
+  return Reference::steal(PyObject_Vectorcall(function.get(), arguments, 2, nullptr));
+}
 
 Reference table_data(const Context &context, const Reference &qx_m, const Reference &qx_f,
                      const Reference &mi_m, const Reference &mi_f) {
@@ -215,13 +210,12 @@ Reference all_data(const Context &context) {
   };
   add(ingredients.agg_1o, table_data(context, m.agg_1o, f.agg_1o, m.trend_1o, f.trend_1o));
   add(ingredients.agg_2o, table_data(context, m.agg_2o, f.agg_2o, grid_m, grid_f));
-  const Reference select_1o_m = select_mapping(context, m.ult_1o, ingredients.m);
-  const Reference select_1o_f = select_mapping(context, f.ult_1o, ingredients.f);
-  add(ingredients.sel_ult_1o,
-      table_data(context, select_1o_m, select_1o_f, m.trend_1o, f.trend_1o));
-  const Reference select_2o_m = select_mapping(context, m.ult_2o, ingredients.m);
-  const Reference select_2o_f = select_mapping(context, f.ult_2o, ingredients.f);
-  add(ingredients.sel_ult_2o, table_data(context, select_2o_m, select_2o_f, grid_m, grid_f));
+  const Reference sel_1o_m = select_1o(context, m, ingredients.m);
+  const Reference sel_1o_f = select_1o(context, f, ingredients.f);
+  add(ingredients.sel_ult_1o, table_data(context, sel_1o_m, sel_1o_f, m.trend_1o, f.trend_1o));
+  const Reference sel_2o_m = select_2o(context, m, ingredients.m);
+  const Reference sel_2o_f = select_2o(context, f, ingredients.f);
+  add(ingredients.sel_ult_2o, table_data(context, sel_2o_m, sel_2o_f, grid_m, grid_f));
   return all;
 }
 

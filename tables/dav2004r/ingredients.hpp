@@ -8,15 +8,20 @@
 
 namespace marlune::tables::dav2004r {
 
+using ByDuration = std::array<Index, 5>;
+
 struct SexIngredients {
   Index qx, mi; // constants: the keys of the columns
-  Index agg_1o, agg_2o, ult_1o, ult_2o, trend_1o, start_2o, target_2o; // list recipes
-  std::array<Index, 5> factors; // constants, by select duration
+  // Lists: the literal columns, then what the compiler has computed from them.
+  Index agg_1o, agg_2o, ult_1o, ult_2o, trend_1o, start_2o, target_2o;
+  ByDuration select_1o, select_2o;
+  std::array<Index, 19> blended; // 2005 to 2023
+  ByDuration factors;            // constants
 };
 
 struct Ingredients {
   Index first_year;                             // constant; the other years follow it
-  std::array<Index, 5> durations;               // constants
+  ByDuration durations;                         // constants
   Index ult, blending;                          // constants
   Index agg_1o, agg_2o, sel_ult_1o, sel_ult_2o; // constants: the keys of the tables
   SexIngredients m, f;

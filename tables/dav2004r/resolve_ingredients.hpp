@@ -1,18 +1,10 @@
 #pragma once
 
-#include "dav2004r/columns.hpp"
 #include "dav2004r/ingredients.hpp"
+#include "dav2004r/rules.hpp"
 #include "payload/description_to_recipe.hpp"
 
 namespace marlune::tables::dav2004r {
-
-constexpr std::array<Index, select_period> resolve_factors(const SelectFactors &factors,
-                                                           Constants &constants) {
-  std::array<Index, select_period> by_duration{};
-  by_duration.fill(constants.add(factors.durations_2_to_5));
-  by_duration[0] = constants.add(factors.duration_1);
-  return by_duration;
-}
 
 constexpr Index resolve_years(Constants &constants) {
   const Index first = constants.add(first_year);
@@ -23,9 +15,45 @@ constexpr Index resolve_years(Constants &constants) {
   return first;
 }
 
+// The published columns of one sex.
+struct SexColumns {
+  Literals agg_1o, agg_2o, ult_1o, ult_2o, trend_1o, start_2o, target_2o;
+};
+
+constexpr SexIngredients resolve_sex(std::string_view qx, std::string_view mi,
+                                     const SexColumns &columns, const SelectFactors &factors,
+                                     Cookbook &cookbook) {
+  const auto list = [&](Literals column) { return cookbook.add(literal(column)); };
+  SexIngredients found{
+      .qx = cookbook.constants.add(qx),
+      .mi = cookbook.constants.add(mi),
+      .agg_1o = list(columns.agg_1o),
+      .agg_2o = list(columns.agg_2o),
+      .ult_1o = list(columns.ult_1o),
+      .ult_2o = list(columns.ult_2o),
+      .trend_1o = list(columns.trend_1o),
+      .start_2o = list(columns.start_2o),
+      .target_2o = list(columns.target_2o),
+      .select_1o = {},
+      .select_2o = {},
+      .blended = {},
+      .factors = {},
+  };
+  for (std::size_t index = 0; index < select_period; ++index) {
+    const double factor = index == 0 ? factors.duration_1 : factors.durations_2_to_5;
+    found.factors[index] = cookbook.constants.add(factor);
+    found.select_1o[index] = cookbook.add(selected(columns.ult_1o, factor));
+    found.select_2o[index] = cookbook.add(selected(columns.ult_2o, factor));
+  }
+  for (std::size_t index = 0; index < found.blended.size(); ++index) {
+    const int year = first_year + 1 + static_cast<int>(index);
+    found.blended[index] = cookbook.add(blended(columns.start_2o, columns.target_2o, year));
+  }
+  return found;
+}
+
 constexpr Ingredients resolve_ingredients(Cookbook &cookbook) {
   Constants &constants = cookbook.constants;
-  const auto list = [&](Literals column) { return cookbook.add(literal(column)); };
   Ingredients found{
       .first_year = resolve_years(constants),
       .durations = {},
@@ -36,26 +64,14 @@ constexpr Ingredients resolve_ingredients(Cookbook &cookbook) {
       .sel_ult_1o = constants.add("SelUlt_1o"),
       .sel_ult_2o = constants.add("SelUlt_2o"),
       // The capitals of MI_m and MI_f are part of the layout.
-      .m = {.qx = constants.add("qx_m"),
-            .mi = constants.add("MI_m"),
-            .agg_1o = list(qx_agg_1o_m),
-            .agg_2o = list(qx_agg_2o_m),
-            .ult_1o = list(qx_ult_1o_m),
-            .ult_2o = list(qx_ult_2o_m),
-            .trend_1o = list(mi_trend_1o_m),
-            .start_2o = list(mi_start_2o_m),
-            .target_2o = list(mi_target_2o_m),
-            .factors = resolve_factors(select_factors_m, constants)},
-      .f = {.qx = constants.add("qx_f"),
-            .mi = constants.add("MI_f"),
-            .agg_1o = list(qx_agg_1o_f),
-            .agg_2o = list(qx_agg_2o_f),
-            .ult_1o = list(qx_ult_1o_f),
-            .ult_2o = list(qx_ult_2o_f),
-            .trend_1o = list(mi_trend_1o_f),
-            .start_2o = list(mi_start_2o_f),
-            .target_2o = list(mi_target_2o_f),
-            .factors = resolve_factors(select_factors_f, constants)},
+      .m = resolve_sex("qx_m", "MI_m",
+                       {qx_agg_1o_m, qx_agg_2o_m, qx_ult_1o_m, qx_ult_2o_m, mi_trend_1o_m,
+                        mi_start_2o_m, mi_target_2o_m},
+                       select_factors_m, cookbook),
+      .f = resolve_sex("qx_f", "MI_f",
+                       {qx_agg_1o_f, qx_agg_2o_f, qx_ult_1o_f, qx_ult_2o_f, mi_trend_1o_f,
+                        mi_start_2o_f, mi_target_2o_f},
+                       select_factors_f, cookbook),
   };
   for (std::size_t index = 0; index < found.durations.size(); ++index) {
     found.durations[index] = constants.add(static_cast<int>(index) + 1);

@@ -21,8 +21,8 @@ Builtins Builtins::find(const Namespace &names) {
   Builtins found;
   found.zip = find_builtin(names, "zip");
   found.round = find_builtin(names, "round");
-  found.own_zip = found.zip.get() == reinterpret_cast<PyObject *>(&PyZip_Type);
-  found.own_round = is_own_function(found.round.get(), "round", names.builtins());
+  found.are_own = found.zip.get() == reinterpret_cast<PyObject *>(&PyZip_Type) &&
+                  is_own_function(found.round.get(), "round", names.builtins());
   return found;
 }
 

@@ -9,10 +9,8 @@ namespace marlune::tables {
 struct Builtins {
   Reference zip;
   Reference round;
-  // Whether these are the interpreter's own. If so, exact floats and lists may take a shorter way
-  // that gives the same bits.
-  bool own_zip = false;
-  bool own_round = false;
+  // Whether both are the interpreter's own, so that what they give is known.
+  bool are_own = false;
 
   static Builtins find(const Namespace &names);
 };

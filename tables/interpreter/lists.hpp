@@ -34,12 +34,6 @@ private:
   Py_ssize_t size_ = 0;
 };
 
-// Holds what foreign code may take out of a list while it is computed with. The arithmetic of exact
-// floats runs none, and there are too many of them to hold each.
-inline Reference hold_unless(bool exact_floats, PyObject *item) {
-  return exact_floats ? Reference() : Reference::borrow(item);
-}
-
 // The next item of an iterator; nothing at its end.
 inline Reference next_item(const Reference &iterator) {
   Reference item = Reference::steal_if_any(PyIter_Next(iterator.get()));
@@ -54,9 +48,8 @@ inline Reference next_item(const Reference &iterator) {
 template <class Action> void for_each_item(PyObject *iterable, Action action) {
   if (PyList_CheckExact(iterable)) {
     for (Py_ssize_t index = 0; index < PyList_GET_SIZE(iterable); ++index) {
-      PyObject *const item = PyList_GET_ITEM(iterable, index);
-      const Reference held = hold_unless(PyFloat_CheckExact(item), item);
-      action(item);
+      const Reference item = Reference::borrow(PyList_GET_ITEM(iterable, index));
+      action(item.get());
     }
     return;
   }

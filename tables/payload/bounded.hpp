@@ -23,9 +23,15 @@ public:
     ++size_;
   }
 
+  constexpr void resize(std::size_t size) {
+    require_room(size <= N);
+    size_ = size;
+  }
+
   [[nodiscard]] constexpr std::size_t size() const { return size_; }
   [[nodiscard]] constexpr bool empty() const { return size_ == 0; }
   [[nodiscard]] constexpr const T &operator[](std::size_t index) const { return items_[index]; }
+  [[nodiscard]] constexpr T *data() { return items_; }
   [[nodiscard]] constexpr const T *begin() const { return items_; }
   [[nodiscard]] constexpr const T *end() const { return items_ + size_; }
   [[nodiscard]] constexpr const T &back() const { return items_[size_ - 1]; }

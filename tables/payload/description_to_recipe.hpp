@@ -13,65 +13,58 @@ namespace marlune::tables {
 
 namespace detail {
 
-constexpr std::uint64_t mixed(std::uint64_t bits) { return bits * 0x9E37'79B9'7F4A'7C15U; }
+inline constexpr std::uint64_t odd = 0x9E37'79B9'7F4A'7C15U; // a multiplier that mixes all bits
 
-// By bits, so that 0.0 and -0.0 would stay apart.
-constexpr std::uint64_t hash(double value) { return mixed(std::bit_cast<std::uint64_t>(value)); }
-constexpr std::uint64_t hash(int value) { return mixed(static_cast<std::uint64_t>(value)); }
+constexpr std::uint64_t hash(int value) { return static_cast<std::uint64_t>(value) * odd; }
 constexpr std::uint64_t hash(std::string_view text) {
   std::uint64_t bits = text.size();
   for (const char letter : text.substr(0, 24)) {
-    bits = mixed(bits + static_cast<unsigned char>(letter));
+    bits = (bits + static_cast<unsigned char>(letter)) * odd;
   }
   return bits;
 }
 
-constexpr bool same(double left, double right) {
-  return std::bit_cast<std::uint64_t>(left) == std::bit_cast<std::uint64_t>(right);
-}
-constexpr bool same(int left, int right) { return left == right; }
-constexpr bool same(std::string_view left, std::string_view right) { return left == right; }
-
 } // namespace detail
 
 // Distinct values of one kind, in the order of their first use: what the import makes one after the
-// other it also reads one after the other. `First` is the index of the first.
+// other it also reads one after the other. `First` is the index of the first. Open addressing.
 template <class T, std::size_t Room, std::size_t First> class Distinct {
 public:
-  constexpr Index add(T value) {
-    std::size_t slot = static_cast<std::size_t>(detail::hash(value) >> (64U - bits));
-    while (table_[slot] != 0 && !detail::same(items_[table_[slot] - First], value)) {
-      slot = (slot + 1) % table_.size();
+  constexpr Index add(const T &value, std::uint64_t hash) {
+    auto place = static_cast<std::size_t>(hash >> (64U - bits));
+    const T *const items = items_.begin();
+    while (table_[place] != 0 && items[table_[place] - First] != value) {
+      place = (place + 1) & (places - 1);
     }
-    if (table_[slot] == 0) {
-      table_[slot] = index_of(First + items_.size());
+    if (table_[place] == 0) {
+      table_[place] = index_of(First + items_.size());
       items_.push_back(value);
     }
-    return table_[slot];
+    return table_[place];
   }
 
-  [[nodiscard]] constexpr std::size_t size() const { return items_.size(); }
   [[nodiscard]] constexpr const auto &items() const { return items_; }
 
 private:
   static constexpr unsigned bits = std::bit_width(2 * Room);
+  static constexpr std::size_t places = std::size_t{1} << bits;
 
   static_assert(First > 0, "0 marks an empty place of the table");
   Bounded<T, Room> items_;
-  std::array<Index, std::size_t{1} << bits> table_{};
+  Index table_[places]{};
 };
 
 // The distinct constants.
 struct Constants {
   Distinct<int, room::ints, constant::first_int> ints;
   Distinct<std::string_view, room::texts, constant::first_text> texts;
-  Distinct<double, room::floats, constant::first_float> floats;
+  Distinct<std::uint64_t, room::floats, constant::first_float> floats; // by their bits
 
-  constexpr Index add(int value) { return ints.add(value); }
-  constexpr Index add(double value) { return floats.add(value); }
-  constexpr Index add(std::string_view text) { return texts.add(text); }
-  constexpr Index add(Number number) {
-    return number.integer ? add(static_cast<int>(number.value)) : add(number.value);
+  constexpr Index add(int value) { return ints.add(value, detail::hash(value)); }
+  constexpr Index add(std::string_view text) { return texts.add(text, detail::hash(text)); }
+  constexpr Index add(double value) {
+    const auto value_bits = std::bit_cast<std::uint64_t>(value);
+    return floats.add(value_bits, value_bits * detail::odd);
   }
 };
 
@@ -109,26 +102,62 @@ public:
 
   constexpr Index add(const Rates &rates) {
     ListRecipe recipe;
-    recipe.origin = rates.origin;
-    if (rates.base == nullptr) {
-      add_slots(numbers_of(rates), recipe);
-    } else {
-      recipe.length = index_of(rates.base->rates.size());
+    if (rates.origin != Rates::Origin::shared) {
+      recipe = recipe_of(numbers_of(rates));
+    }
+    if (rates.base != nullptr) {
+      recipe.origin = rates.origin;
       recipe.base = constants.add(rates.base->name);
+      recipe.base_first = recipe_of(numbers_of(rates.base->rates)).first;
       recipe.factor = constants.add(rates.factor);
       recipe.closing = constants.add(rates.origin == Rates::Origin::proportional ? 0.0 : 1.0);
     }
-    lists.push_back(recipe);
-    return index_of(lists.size() - 1);
+    return add(recipe);
   }
+  constexpr Index add(const Numbers &numbers) { return add(recipe_of(numbers)); }
 
 private:
-  constexpr void add_slots(const Numbers &numbers, ListRecipe &recipe) {
-    recipe.first = index_of(slots.size());
-    recipe.length = index_of(numbers.size());
-    for (const Number &number : numbers) {
-      slots.push_back(constants.add(number));
+  // Equal lists share their slots. Pointers, because the compiler takes its time for every call.
+  constexpr ListRecipe recipe_of(const Numbers &numbers) {
+    const std::size_t first = slots.size();
+    const std::size_t length = numbers.size();
+    slots.resize(first + length);
+    Index *const mine = slots.data() + first;
+    const Number *const begin = numbers.begin();
+    std::uint64_t hash = 0;
+    for (std::size_t slot = 0; slot < length; ++slot) {
+      const Number &number = begin[slot];
+      if (number.integer && slot + 1 < length) {
+        throw "an int before the end of a list: only the last entry may be one";
+      }
+      mine[slot] = number.integer ? constants.add(static_cast<int>(number.value))
+                                  : constants.add(number.value);
+      hash = (hash + mine[slot]) * detail::odd;
     }
+    auto place = static_cast<std::size_t>(hash >> (64U - range_bits));
+    for (; ranges_[place].length != 0; place = (place + 1) % std::size(ranges_)) {
+      const ListRecipe &other = ranges_[place];
+      if (other.length == length && equal(slots.data() + other.first, mine, length)) {
+        slots.resize(first);
+        return other;
+      }
+    }
+    ranges_[place] = {.first = index_of(first), .length = index_of(length)};
+    return ranges_[place];
+  }
+
+  static constexpr bool equal(const Index *left, const Index *right, std::size_t length) {
+    for (std::size_t slot = 0; slot < length; ++slot) {
+      if (left[slot] != right[slot]) {
+        return false;
+      }
+    }
+    return true;
+  }
+
+  constexpr Index add(const ListRecipe &recipe) {
+    lists.push_back(recipe);
+    return index_of(lists.size() - 1);
   }
 
   constexpr void add(const Column &column) {
@@ -178,6 +207,10 @@ private:
     }
     throw "a metadata key that nobody has heard of";
   }
+
+  // By the hash of what they hold, open addressing.
+  static constexpr unsigned range_bits = std::bit_width(2 * room::lists);
+  ListRecipe ranges_[std::size_t{1} << range_bits]{};
 };
 
 } // namespace marlune::tables

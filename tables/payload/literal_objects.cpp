@@ -1,32 +1,43 @@
 #include "payload/literal_objects.hpp"
 
 #include <algorithm>
+#include <utility>
 
 namespace marlune::tables {
 
 namespace {
 
-bool is_identifier_like(std::string_view text) {
-  return std::ranges::all_of(text, [](char letter) {
-    return (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z') ||
-           (letter >= '0' && letter <= '9') || letter == '_';
-  });
+Reference text_object(const TextRecipe &recipe, const char *bytes) {
+  const Py_ssize_t length = recipe.length;
+  PyObject *text = recipe.kind == TextRecipe::Kind::other
+                       ? PyUnicode_FromStringAndSize(bytes, length)
+                       : PyUnicode_FromKindAndData(PyUnicode_1BYTE_KIND, bytes, length);
+  if (text != nullptr && recipe.kind == TextRecipe::Kind::identifier) {
+    PyUnicode_InternInPlace(&text);
+  }
+  Reference owned = Reference::steal(text);
+  // Hashed once, so that nobody pays for a first look-up later.
+  check(PyObject_Hash(text) == -1 ? -1 : 0);
+  return owned;
 }
 
-Reference text_object(std::string_view text) {
-  PyObject *object = PyUnicode_FromStringAndSize(text.data(), static_cast<Py_ssize_t>(text.size()));
-  if (object != nullptr && is_identifier_like(text)) {
-    PyUnicode_InternInPlace(&object);
+// The compiler has laid the float objects out for the interpreter of its headers.
+void require_known_layout() {
+  if (std::cmp_not_equal(PyFloat_Type.tp_basicsize, sizeof(PyFloatObject))) {
+    PyErr_SetString(PyExc_ImportError, "data_tables has been built for an interpreter whose floats "
+                                       "are laid out in another way");
+    throw ErrorSet{};
   }
-  Reference owned = Reference::steal(object);
-  // Hashed once, so that nobody pays for a first look-up later.
-  check(PyObject_Hash(object) == -1 ? -1 : 0);
-  return owned;
 }
 
 } // namespace
 
-LiteralObjects::LiteralObjects(const Recipes &recipes) {
+LiteralObjects::LiteralObjects(const Recipes &recipes, std::span<PyFloatObject> floats)
+    : floats_(floats) {
+  require_known_layout();
+  std::ranges::transform(recipes.floats, floats.begin(), [](double value) {
+    return PyFloatObject{PyObject_HEAD_INIT(&PyFloat_Type) value};
+  });
   objects_.reserve(constant::first_text + recipes.texts.size());
   for (PyObject *const singleton : {Py_None, Py_False, Py_True}) {
     objects_.push_back(Reference::borrow(singleton));
@@ -35,12 +46,10 @@ LiteralObjects::LiteralObjects(const Recipes &recipes) {
     objects_.push_back(Reference::steal(PyLong_FromLong(value)));
   }
   objects_.resize(constant::first_text);
-  for (const std::string_view text : recipes.texts) {
-    objects_.push_back(text_object(text));
-  }
-  floats_.reserve(recipes.floats.size());
-  for (const double value : recipes.floats) {
-    floats_.push_back(Reference::steal(PyFloat_FromDouble(value)));
+  const char *bytes = recipes.text_bytes.data();
+  for (const TextRecipe &text : recipes.texts) {
+    objects_.push_back(text_object(text, bytes));
+    bytes += text.length;
   }
 }
 

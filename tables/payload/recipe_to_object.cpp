@@ -2,7 +2,7 @@
 
 #include "interpreter/arithmetic.hpp"
 #include "interpreter/lists.hpp"
-#include "payload/rounding.hpp"
+#include "payload/numbers.hpp"
 
 #include <algorithm>
 
@@ -49,70 +49,83 @@ Reference ObjectMaker::mapping(const ColumnRecipe &recipe) const {
 
 Reference ObjectMaker::list(Index index) const {
   const ListRecipe &recipe = context_.recipes.lists[index];
-  switch (recipe.origin) {
-  case Rates::Origin::literal:
-  case Rates::Origin::levels:
-    return literal_list(recipe);
-  case Rates::Origin::shared:
-    return context_.names.find(context_.literals[recipe.base]);
-  case Rates::Origin::capped:
-    return capped(recipe);
-  case Rates::Origin::rounded:
-    return rounded(recipe);
-  case Rates::Origin::proportional:
-    return proportional(recipe);
+  if (recipe.origin == Rates::Origin::literal) {
+    return known_list(recipe);
   }
-  Py_UNREACHABLE();
+  Reference base = context_.names.find(context_.literals[recipe.base]);
+  if (recipe.origin == Rates::Origin::shared) {
+    return base;
+  }
+  return is_known(base.get(), recipe.base_first, recipe.length) ? known_list(recipe)
+                                                                : computed_list(recipe, base);
 }
 
-Reference ObjectMaker::literal_list(const ListRecipe &recipe) const {
+bool ObjectMaker::is_known(PyObject *list, Index index) const {
+  const ListRecipe &known = context_.recipes.lists[index];
+  return is_known(list, known.first, known.length);
+}
+
+bool ObjectMaker::is_known(PyObject *list, Index first, Index length) const {
+  if (!context_.builtins.are_own || !PyList_CheckExact(list) || PyList_GET_SIZE(list) != length) {
+    return false;
+  }
+  const Index *const slots = &context_.recipes.slots[first];
+  PyObject *const *const items = PySequence_Fast_ITEMS(list);
+  const std::size_t last = length - 1U;
+  for (std::size_t slot = 0; slot < last; ++slot) {
+    if (items[slot] != context_.literals.float_object(slots[slot])) {
+      return false;
+    }
+  }
+  return items[last] == context_.literals[slots[last]];
+}
+
+Reference ObjectMaker::known_list(const ListRecipe &recipe) const {
   Reference list = Reference::steal(PyList_New(recipe.length));
-  std::ranges::transform(context_.recipes.slots.subspan(recipe.first, recipe.length),
-                         PySequence_Fast_ITEMS(list.get()),
-                         [this](Index constant) { return Py_NewRef(context_.literals[constant]); });
+  const Index *const slots = &context_.recipes.slots[recipe.first];
+  PyObject **const items = PySequence_Fast_ITEMS(list.get());
+  const std::size_t last = recipe.length - 1U;
+  // All but the last are floats, which nobody counts.
+  for (std::size_t slot = 0; slot < last; ++slot) {
+    items[slot] = context_.literals.float_object(slots[slot]);
+  }
+  items[last] = Py_NewRef(context_.literals[slots[last]]);
   return list;
 }
 
-Reference ObjectMaker::capped(const ListRecipe &recipe) const {
-  PyObject *const factor = context_.literals[recipe.factor];
-  PyObject *const certain = context_.literals[recipe.closing];
-  const Reference base = context_.names.find(context_.literals[recipe.base]);
+// The rules as the interpreter's own code would follow them, whatever the base list holds.
+Reference ObjectMaker::computed_list(const ListRecipe &recipe, const Reference &base) const {
   Items items(recipe.length);
-  for_each_item(base.get(), [&](PyObject *rate) {
-    items.add(less(rate, certain) ? product(rate, factor) : Reference::borrow(certain));
-  });
-  return std::move(items).list();
-}
-
-Reference ObjectMaker::rounded(const ListRecipe &recipe) const {
   PyObject *const factor = context_.literals[recipe.factor];
-  const Reference places = Reference::steal(PyLong_FromLong(rounding_places));
-  const Reference base = context_.names.find(context_.literals[recipe.base]);
-  Items items(recipe.length);
-  for_each_item(base.get(), [&](PyObject *rate) {
-    if (context_.builtins.own_round && both_exact_floats(rate, factor)) {
-      const auto near = round_clear_cut(PyFloat_AS_DOUBLE(rate) * PyFloat_AS_DOUBLE(factor));
-      if (near) {
-        items.add(Reference::steal(PyFloat_FromDouble(*near)));
-        return;
-      }
-    }
-    const Reference exact = product(rate, factor);
-    PyObject *const arguments[] = {exact.get(), places.get()};
-    items.add(Reference::steal(
-        PyObject_Vectorcall(context_.builtins.round.get(), arguments, 2, nullptr)));
-  });
-  return std::move(items).list();
-}
-
-Reference ObjectMaker::proportional(const ListRecipe &recipe) const {
-  PyObject *const factor = context_.literals[recipe.factor];
-  const Reference base = context_.names.find(context_.literals[recipe.base]);
-  const Reference below_omega =
-      Reference::steal(PySequence_GetSlice(base.get(), 0, recipe.length - 1));
-  Items items(recipe.length);
-  for_each_item(below_omega.get(), [&](PyObject *rate) { items.add(product(rate, factor)); });
-  items.add(Reference::borrow(context_.literals[recipe.closing]));
+  PyObject *const closing = context_.literals[recipe.closing];
+  switch (recipe.origin) {
+  case Rates::Origin::capped:
+    for_each_item(base.get(), [&](PyObject *rate) {
+      items.add(less(rate, closing) ? product(rate, factor) : Reference::borrow(closing));
+    });
+    break;
+  case Rates::Origin::rounded: {
+    const Reference places = Reference::steal(PyLong_FromLong(rounding_places));
+    for_each_item(base.get(), [&](PyObject *rate) {
+      const Reference exact = product(rate, factor);
+      PyObject *const arguments[] = {exact.get(), places.get()};
+      items.add(Reference::steal(
+          PyObject_Vectorcall(context_.builtins.round.get(), arguments, 2, nullptr)));
+    });
+    break;
+  }
+  case Rates::Origin::proportional: {
+    const Reference below_omega =
+        Reference::steal(PySequence_GetSlice(base.get(), 0, recipe.length - 1));
+    for_each_item(below_omega.get(), [&](PyObject *rate) { items.add(product(rate, factor)); });
+    items.add(Reference::borrow(closing));
+    break;
+  }
+  case Rates::Origin::literal:
+  case Rates::Origin::levels:
+  case Rates::Origin::shared:
+    Py_UNREACHABLE();
+  }
   return std::move(items).list();
 }
 

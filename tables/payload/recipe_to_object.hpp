@@ -7,25 +7,29 @@
 
 namespace marlune::tables {
 
+// By the index of a recipe.
 class ObjectMaker {
 public:
   explicit ObjectMaker(const Context &context) : context_(context) {}
 
   // The payload as the module binds it: metadata in its order, then "data".
-  [[nodiscard]] Reference payload(Index recipe) const;
+  [[nodiscard]] Reference payload(Index index) const;
 
   // A list of rates by age. Only the list of a base vector is passed on; every other is new.
-  [[nodiscard]] Reference list(Index recipe) const;
+  [[nodiscard]] Reference list(Index index) const;
+
+  // Whether the list still is what the compiler computed from: the very objects of that recipe, with
+  // the interpreter's own builtins. Then what it computed is what the rule would give now.
+  [[nodiscard]] bool is_known(PyObject *list, Index index) const;
 
 private:
   [[nodiscard]] Reference data(const PayloadRecipe &recipe) const;
   [[nodiscard]] Reference column(const ColumnRecipe &recipe) const;
   [[nodiscard]] Reference mapping(const ColumnRecipe &recipe) const;
 
-  [[nodiscard]] Reference literal_list(const ListRecipe &recipe) const;
-  [[nodiscard]] Reference capped(const ListRecipe &recipe) const;
-  [[nodiscard]] Reference rounded(const ListRecipe &recipe) const;
-  [[nodiscard]] Reference proportional(const ListRecipe &recipe) const;
+  [[nodiscard]] bool is_known(PyObject *list, Index first, Index length) const;
+  [[nodiscard]] Reference known_list(const ListRecipe &recipe) const;
+  [[nodiscard]] Reference computed_list(const ListRecipe &recipe, const Reference &base) const;
 
   const Context &context_;
 };

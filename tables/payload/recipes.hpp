@@ -11,7 +11,6 @@
 #include <cstdint>
 #include <limits>
 #include <span>
-#include <string_view>
 
 namespace marlune::tables {
 
@@ -48,15 +47,29 @@ inline constexpr std::size_t first_text = first_int + room::ints;
 inline constexpr std::size_t first_float = first_text + room::texts;
 } // namespace constant
 
-// One list. `first` and `length` are a range of slots, the constant of every entry. For lists
-// computed from a base vector `length` is the vector's.
+// One text: the next `length` bytes of all texts, UTF-8.
+struct TextRecipe {
+  enum class Kind : std::uint8_t {
+    identifier, // ASCII letters, digits and underscores alone: interned
+    ascii,
+    other,
+  };
+
+  Index length = 0;
+  Kind kind = Kind::other;
+};
+
+// One list: the range of slots that hold the constants of its entries, floats all of them but perhaps
+// the last. A list that is computed from a base vector has what its rule needs besides, for an import
+// at which the vector is no longer what the compiler computed from.
 struct ListRecipe {
   Rates::Origin origin = Rates::Origin::literal;
   Index first = 0;
   Index length = 0;
-  Index base = 0;    // constant: the base vector's name
-  Index factor = 0;  // constant
-  Index closing = 0; // constant: 1.0 of capped rates, 0.0 of proportional ones
+  Index base = 0;       // constant: the base vector's name
+  Index base_first = 0; // slot: where the vector's own range of this length begins
+  Index factor = 0;     // constant
+  Index closing = 0;    // constant: 1.0 of capped rates, 0.0 of proportional ones
 };
 
 struct EntryRecipe {
@@ -90,7 +103,8 @@ struct PayloadRecipe {
 // All of them.
 struct Recipes {
   std::span<const int> ints;
-  std::span<const std::string_view> texts;
+  std::span<const char> text_bytes;
+  std::span<const TextRecipe> texts;
   std::span<const double> floats;
   std::span<const Index> slots;
   std::span<const ListRecipe> lists;

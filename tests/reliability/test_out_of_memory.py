@@ -35,6 +35,11 @@ CALL = """
         assert failed or repr(action()) == expected
 """
 BUILD = "action = lambda: module._build_dav2004r_data()", CALL
+# With a zip that is not the interpreter's, nothing that the compiler has computed is taken.
+BY_RULES = """
+    import builtins
+    builtins.zip = lambda *each, zip=builtins.zip: zip(*each)
+""", *BUILD  # fmt: skip
 BLEND = "action = lambda: module._dav_mi_linear(start, target)", CALL
 FLOATS = "start, target = [n / 7 for n in range(40)], [n / 3 for n in range(50)]", *BLEND
 FRACTIONS = """
@@ -64,11 +69,12 @@ once_and_for_good = pytest.mark.parametrize("lasting", [False, True], ids=["once
 @pytest.mark.parametrize(
     ("setting", "stride", "at_least"),
     [
-        pytest.param([IMPORT], STRIDE, 20_000, id="import"),
+        pytest.param([IMPORT], 1, 2_000, id="import"),
         pytest.param([CONTROL], 1, 200, id="control"),
         pytest.param(FLOATS, 1, 600, id="blend of floats"),
         pytest.param(FRACTIONS, 1, 1_000, id="blend of fractions"),
-        pytest.param(BUILD, STRIDE, 6_000, id="build"),
+        pytest.param(BUILD, 1, 120, id="build"),
+        pytest.param(BY_RULES, STRIDE, 6_000, id="build by the rules"),
     ],
 )
 def test_interpreter_has_no_memory(setting, lasting, stride, at_least, record_property):

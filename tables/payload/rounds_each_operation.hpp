@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cfloat>
+
+// Every rate is the result of operations on doubles, each rounded by itself, and is right to the last
+// bit or wrong. A compiler that is told to reckon otherwise is refused.
+#if defined(__FAST_MATH__) || defined(__ASSOCIATIVE_MATH__) || defined(__RECIPROCAL_MATH__)
+#error "rates come out different with -ffast-math and what belongs to it: build without"
+#endif
+// 1 widens floats alone, and there are none.
+static_assert(FLT_EVAL_METHOD == 0 || FLT_EVAL_METHOD == 1,
+              "rates come out different where doubles are computed with in more than their "
+              "precision: build for SSE2, not for x87");
