@@ -1,9 +1,11 @@
 """Write the tables, where they come from and a plot of every column as one HTML page.
 
-atlas.py [--screenshot PNG] [FILE]     FILE is build/atlas.html unless it is named
+atlas.py [--check] [--pictures FOLDER] [FILE]
 
-The page needs nothing but itself. Values are embedded as the texts that repr() gives, because the
-browser writes the same numbers in another way; it makes numbers of them for drawing only.
+FILE is build/atlas.html unless it is named. --check compares docs/atlas.html with what would be
+written, --pictures also paints those of the documentation. The page needs nothing but itself, and
+building it twice gives the same bytes. Values are embedded as the texts that repr() gives, because
+the browser writes the same numbers in another way.
 """
 
 import argparse
@@ -13,34 +15,40 @@ import html
 import json
 import os
 import re
-import subprocess
 import sys
 import tempfile
 from pathlib import Path
 
-import provenance  # beside this file
-from marlune.tables.data_tables import REPO_TABLES
+import digest  # this and the next are beside this file
+
+import provenance
+from marlune.tables import data_tables
 
 TOP = Path(__file__).resolve().parent.parent
 PARTS = Path(__file__).resolve().parent / "atlas"
-# One script, in this order.
-SCRIPTS = ("tables", "address", "list", "lines", "plots", "legend", "values", "about", "page")
-
-# The view that the documentation shows: two countries, per mille beside decimal.
-PICTURE_VIEW = "table=PER2020_Ind_1o&with=DAV2004R_Agg_2o"
-PICTURE_SIZE = "1200,900"
-# The browser is to paint and nothing else.
+COMMITTED = TOP / "docs" / "atlas.html"
+# What the documentation shows: view, size, colour scheme.
+PICTURES = {
+    "atlas.png": ("table=PER2020_Ind_1o&with=DAV2004R_Agg_2o&year=2026", (1400, 900), "light"),
+    "atlas-ratio.png": (
+        "table=PASEM2020_Gen_2o&with=PASEM2020_Rel_1o,PASEM2020_NoRel_1o&rates=ratio&ages=0-105",
+        (1400, 900),
+        "light",
+    ),
+    "atlas-phone.png": ("table=CB_H_2020&year=2023", (390, 844), "dark"),
+}
 BROWSER = (
-    "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
-    "--disable-background-networking", "--disable-component-update", "--disable-sync",
+    "--headless", "--hide-scrollbars", "--no-sandbox", "--disable-gpu", "--disable-quic",
+    "--no-first-run", "--disable-background-networking", "--disable-component-update",
+    "--disable-sync",
 )  # fmt: skip
 
 
 class ShapeError(Exception):
-    """A text of the register is not what is read here."""
+    """A text or a file is not what is read here."""
 
 
-# ---- the register of sources ----
+# ---- texts of the register of sources ----
 
 
 def as_html(text, where):
@@ -62,94 +70,166 @@ def as_html(text, where):
     return "".join(pieces)
 
 
-def family_of(family):
-    items = provenance.items_of(family)
-    return {
-        "title": family["title"],
-        "country": family["country"],
-        "facts": [[name, "fact", as_html(text, family["title"])] for name, text in items],
-    }
-
-
-def doubts_of(name, table):
-    """Grade, kind and text of every doubt about a table, with the ages that it is about."""
-    for doubt in table["doubts"]:
-        ages = dict.fromkeys(provenance.told(each) for each in doubt["columns"].values() if each)
-        text = doubt["text"] + (f" Ages {'; '.join(ages)}." if ages else "")
-        kind = "doubt" if doubt["grade"] == "value" else "odd"
-        yield [doubt["grade"], kind, as_html(text, name)]
+def plain(text):
+    return html.unescape(re.sub("<[^>]+>", "", as_html(text, "a text")))
 
 
 # ---- what the page holds ----
 
 
-def series_of(payload):
-    """The lists of a payload: key of the column, label in it or None, list."""
-    for key, column in payload["data"].items():
-        if isinstance(column, list):
-            yield key, None, column
-        else:
-            for label, rates in column.items():
-                yield key, label, rates
+def decrement_of(said):
+    """What the rates of a table are rates of. Some that are typed as disability are of deaths."""
+    if said["purpose"].startswith("deaths "):
+        return "death " + said["purpose"].removeprefix("deaths ").rpartition(",")[0]
+    return {"life": "death"}.get(said["type"], said["type"])
+
+
+def orders_of(said):
+    """The orders that the columns of a table are stated to have."""
+    orders = dict.fromkeys(each["order"] for each in said["columns"].values())
+    named = {"first": "first order", "second": "second order"}
+    return [named.get(each, each) for each in orders if each not in ("not stated", "-")]
+
+
+def series_of(name, said):
+    """The lists of a table: column, label in it or None, list, whether computed, what is marked."""
+    for entry in said["columns"].values():
+        marks = [
+            {"kind": kind, "from": first, "to": last}
+            for kind in ("reconstructed", "completed")
+            for first, last in entry[kind]
+        ]
+        column = data_tables.REPO_TABLES[name]["data"][entry["key"]]
+        for label in entry["labels"] or [None]:
+            rates = column if label is None else column[label]
+            shown = None if label is None else str(label)
+            yield entry["key"], shown, rates, bool(entry["computed"]), marks
+
+
+def doubts_of(name, said):
+    """Every doubt about a table: its grade and its text, with the ages that it is about."""
+    for doubt in said["doubts"]:
+        ages = [f"{key} {provenance.told(of)}" for key, of in doubt["columns"].items() if of]
+        text = doubt["text"] + (f" Ages: {'; '.join(ages)}." if ages else "")
+        yield {"grade": doubt["grade"], "text": as_html(text, name)}
+
+
+def facts_of(name, said, family):
+    """What is said of a table and its family, name and text."""
+    for heading, key in (("To project", "projection"), ("Select rates go by", "select")):
+        if said[key]:
+            yield heading, as_html(said[key] + ".", name)
+    for heading, text in provenance.items_of(family):
+        yield heading, as_html(text, name)
+
+
+def table_of(name, said, family, lists):
+    payload = data_tables.REPO_TABLES[name]
+    rows = {key: each for key, each in said["columns"].items() if each["published"]}
+    places = dict.fromkeys(each["place"] for each in rows.values())
+    source = "; ".join([family["issuer"], family["publication"], *places])
+    facts = list(facts_of(name, said, family))
+    return {
+        "name": name,
+        "purpose": said["purpose"],
+        "decrement": decrement_of(said),
+        "family": family["title"],
+        "country": family["country"],
+        "source": None if said["invented"] else plain(source),
+        "orders": orders_of(said),
+        "meta": [[key, value] for key, value in payload.items() if key != "data"],
+        "series": [
+            [key, label, lists.setdefault(" ".join(map(repr, rates)), len(lists)), *more]
+            for key, label, rates, *more in series_of(name, said)
+        ],
+        "doubts": list(doubts_of(name, said)),
+        "facts": facts,
+        "rows": [
+            [as_html(cell, name) for cell in provenance.cells_of(name, *row)]
+            for row in rows.items()
+        ],
+    }
+
+
+def release_date(version):
+    changelog = (TOP / "CHANGELOG.md").read_text(encoding="utf-8")
+    dated = re.search(rf"^## {re.escape(version)} \((\d{{4}}-\d\d-\d\d)\)$", changelog, re.M)
+    if not dated:
+        raise ShapeError(f"CHANGELOG.md has no heading ## {version} (YYYY-MM-DD)")
+    return dated[1]
 
 
 def contents():
     """All that the page shows, with every distinct list once."""
     register = provenance.register()
-    families = [each for each in register["families"].values() if each["country"]]
-    lists, tables = {}, []
-    for name, payload in REPO_TABLES.items():
-        said = register["tables"][name]
-        rows = {key: each for key, each in said["columns"].items() if each["published"]}
-        published = {
-            (each["key"], label) for each in rows.values() for label in each["labels"] or [None]
-        }
-        series = []
-        for key, label, rates in series_of(payload):
-            number = lists.setdefault(" ".join(map(repr, rates)), len(lists))
-            computed = not said["invented"] and (key, label) not in published
-            series.append([key, None if label is None else str(label), number, computed])
-        (family,) = [n for n, each in enumerate(families) if name in each["tables"]] or [None]
-        marks = [each["reconstructed"][0] for each in rows.values() if each["reconstructed"]]
-        tables.append(
-            {
-                "name": name,
-                "family": family,
-                "meta": [[key, value] for key, value in payload.items() if key != "data"],
-                "series": series,
-                "reconstructed": marks[0] if marks else None,
-                "doubts": list(doubts_of(name, said)),
-                "rows": [
-                    [as_html(cell, name) for cell in provenance.cells_of(name, *row)]
-                    for row in rows.items()
-                ],
-            }
-        )
+    lists = {}
+    tables = [
+        table_of(name, said, register["families"][said["family"]], lists)
+        for name, said in register["tables"].items()
+    ]
+    invented = register["families"]["synthetic"]["publication"]
     return {
+        "version": register["version"],
+        "date": release_date(register["version"]),
+        "digest": digest.digest_of(data_tables)[0][:16],
         "keys": list(dict.fromkeys(key for table in tables for key, _ in table["meta"])),
-        "head": provenance.HEAD,
-        "families": [family_of(each) for each in families],
-        "invented": as_html(register["families"]["synthetic"]["publication"] + ".", "synthetic"),
+        "heads": provenance.HEAD,
+        "invented": as_html(f"{invented}.", "synthetic"),
         "tables": tables,
         "lists": list(lists),
     }
+
+
+# ---- the page ----
+
+
+def read(path):
+    return path.read_text(encoding="utf-8").strip()
+
+
+def script():
+    """The modules below page.js as one text, in the order in which a browser would run them."""
+    seen, done = set(), []
+
+    def add(name):
+        seen.add(name)
+        text = read(PARTS / name)
+        for other in re.findall(r'^import [^;]* from "\./(\w+\.js)";$', text, re.M):
+            if other not in seen:
+                add(other)
+        text = re.sub(r"^import [^;]*;\n", "", text, flags=re.M)
+        done.append(re.sub("^export ", "", text, flags=re.M).strip())
+
+    add("page.js")
+    text = "\n\n".join(done)
+    names = re.findall(r"^(?:async )?(?:const|let|function) (\w+)", text, re.M)
+    twice = {name for name in names if names.count(name) > 1}
+    if twice:
+        raise ShapeError(f"tools/atlas: declared in two files, which become one text: {twice}")
+    return text
+
+
+def plain_list(tables):
+    """The tables as rows, for browsers without JavaScript."""
+    for table in tables:
+        meta = dict(table["meta"])
+        unit = "per mille" if meta["decrement_scale_factor"] == 1000 else "decimal"
+        cells = (
+            table["name"], table["purpose"], table["country"] or "invented",
+            f"{meta['start_age']}–{meta['omega']}", str(meta.get("base_year") or ""), unit,
+        )  # fmt: skip
+        yield "<tr>" + "".join(f"<td>{html.escape(cell)}</td>" for cell in cells) + "</tr>"
 
 
 def page():
     """The text of the page."""
     modules = os.environ.get("DATA_TABLES_NPM") or sys.exit("atlas: DATA_TABLES_NPM is not set")
     uplot = Path(modules) / "uplot"
-
-    def read(path):
-        return path.read_text(encoding="utf-8").strip()
-
     style = read(uplot / "dist/uPlot.min.css") + "\n" + read(PARTS / "page.css")
-    scripts = {
-        "uplot": read(uplot / "dist/uPlot.iife.min.js"),
-        "script": "\n\n".join(read(PARTS / f"{name}.js") for name in SCRIPTS),
-    }
+    scripts = {"uplot": read(uplot / "dist/uPlot.iife.min.js"), "script": script()}
     licence = read(uplot / "LICENSE")
-    data = json.dumps(contents(), ensure_ascii=False, separators=(",", ":"))
+    told = contents()
+    data = json.dumps(told, ensure_ascii=False, separators=(",", ":"))
     assert "--" not in licence and not any("</script" in text for text in scripts.values())
 
     def allow(text):
@@ -171,39 +251,82 @@ def page():
         "licence": licence,
         "data": data.replace("<", "\\u003c"),  # a text must not end the element that it is in
         "policy": policy,
+        "made": f"data_tables {told['version']} of {told['date']}, catalogue {told['digest']}",
+        "list": "\n".join(plain_list(told["tables"])),
     }
     template = read(PARTS / "page.html")
     return re.sub(r"\{\{(\w+)\}\}", lambda match: parts[match[1]], template) + "\n"
 
 
-def picture(file, png):
-    """Have the browser paint the view for the documentation."""
+# ---- the pages in a browser ----
+
+
+def browser(folder):
+    """A browser that is to paint and nothing else, with a profile in the folder."""
+    from selenium import webdriver  # not needed by who only writes the page
+
+    options = webdriver.ChromeOptions()
+    options.binary_location = "/usr/bin/chromium"
+    for flag in (*BROWSER, f"--user-data-dir={folder / 'profile'}"):
+        options.add_argument(flag)
+    options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
+    options.add_experimental_option("prefs", {"download.default_directory": str(folder)})
+    service = webdriver.ChromeService("/usr/bin/chromedriver")
+    return webdriver.Chrome(options=options, service=service)
+
+
+def open_view(driver, file, view="", size=(1400, 900), scheme="light"):
+    """A view of the page by its link, as in a new tab."""
+    features = [{"name": "prefers-color-scheme", "value": scheme}]
+    driver.execute_cdp_cmd("Emulation.setEmulatedMedia", {"features": features})
+    width, height = size
+    metrics = {"width": width, "height": height, "deviceScaleFactor": 1, "mobile": width < 500}
+    driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", metrics)
+    driver.get("about:blank")
+    driver.get(file.resolve().as_uri() + ("#" + view if view else ""))
+
+
+def paint(file, folder):
+    """The pictures of the documentation."""
     with tempfile.TemporaryDirectory() as profile:
-        command = ["chromium", *BROWSER, "--hide-scrollbars", f"--user-data-dir={profile}"]
-        command += [f"--window-size={PICTURE_SIZE}", f"--screenshot={png.resolve()}"]
-        command.append(f"{file.resolve().as_uri()}#{PICTURE_VIEW}")
-        subprocess.run(command, check=True, stderr=subprocess.DEVNULL)
+        driver = browser(Path(profile))
+        try:
+            for name, (view, size, scheme) in PICTURES.items():
+                open_view(driver, file, view, size, scheme)
+                driver.save_screenshot(str(folder.resolve() / name))
+        finally:
+            driver.quit()
 
 
-def main():
+def arguments():
     parser = argparse.ArgumentParser(prog="atlas", description=__doc__.partition("\n")[0])
     parser.add_argument("file", nargs="?", type=Path, default=TOP / "build" / "atlas.html")
-    parser.add_argument("--screenshot", type=Path, metavar="PNG", help="also paint the page")
+    parser.add_argument("--check", action="store_true", help="compare docs/atlas.html instead")
+    parser.add_argument("--pictures", type=Path, metavar="FOLDER", help="also paint the page")
     options = parser.parse_args()
-    for path in filter(None, (options.file, options.screenshot)):
+    for path in filter(None, (options.file, options.pictures)):
         # In the cached root other folders are not those of the machine: the file would be lost.
         seen = {Path.cwd(), TOP, Path("/tmp")} - {Path("/")}
         if "DATA_TABLES_ROOT" in os.environ and not any(map(path.resolve().is_relative_to, seen)):
             sys.exit(f"atlas: {path} is not below this folder, the project or /tmp")
+    return options
+
+
+def main():
+    options = arguments()
     try:
         text = page()
     except ShapeError as error:
         sys.exit(f"atlas: {error}")
+    if options.check:
+        if not COMMITTED.exists() or COMMITTED.read_text(encoding="utf-8") != text:
+            sys.exit("docs/atlas.html is not up to date: ./dev atlas docs/atlas.html")
+        return
     options.file.parent.mkdir(parents=True, exist_ok=True)
     options.file.write_text(text, encoding="utf-8")
     print(f"atlas: {options.file}, {len(text.encode()) // 1024} KiB")
-    if options.screenshot:
-        picture(options.file, options.screenshot)
+    if options.pictures:
+        paint(options.file, options.pictures)
 
 
 if __name__ == "__main__":

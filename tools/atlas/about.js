@@ -1,38 +1,59 @@
-// What is said about a table: warnings, provenance, payload.
+// What is said about a table: warnings, doubts, sources, payload.
 
-function chipsOf({ meta, ...table }) {
+import { tablesOf } from "./address.js";
+import { byId, button, el, markup } from "./dom.js";
+import { atlas } from "./state.js";
+import { SEXES, agesOf } from "./tables.js";
+
+const GRADES = {
+  value: "A value may be wrong or is not published",
+  completion: "Completed by a rule",
+  "paper trail": "Paper trail",
+};
+
+function chipsOf(table) {
+  const { meta } = table;
+  const sexes = [...new Set(table.series.map(({ sex }) => SEXES[sex]))].join(" and ");
   const chips = [
     table.reconstructed && el("li.warn", `⚠ ${agesOf(table.reconstructed)} reconstructed`),
     table.invented && el("li.made", "invented, for tests only"),
-    table.group && el("li", `${table.group.country}, ${table.group.title}`),
-    el("li", meta.get("table_type")),
-    el("li", agesOf([table.start, table.end])),
+    table.country && el("li", table.country),
+    ...table.orders.map((text) => el("li", text)),
+    el("li", sexes),
+    el("li", `ages ${table.start}–${table.end}`),
     el("li", table.permille ? "per mille" : "decimal"),
-    meta.get("base_year") && el("li", `base year ${meta.get("base_year")}`),
+    table.base && el("li", `base year ${table.base}`),
     meta.get("select") && el("li", `select period ${meta.get("select_period")}`),
-    meta.get("sex_independent") && el("li", "unisex"),
-    el("li", (meta.get("generational_formula_type") ?? "static").replace("_", " ")),
+    el("li", table.formula?.replace("_", " ") ?? "static"),
   ].filter(Boolean);
-  const doubts = table.doubts.filter(([, kind]) => kind === "doubt").length;
-  if (doubts) {
-    const text = `${doubts} open ${doubts > 1 ? "doubts" : "doubt"} ↓`;
-    const button = el("button", { type: "button" }, text);
-    button.addEventListener("click", () => byId("provenance-title").focus());
-    chips.push(el("li.doubt", button));
+  for (const grade of new Set(table.doubts.map((doubt) => doubt.grade))) {
+    const count = table.doubts.filter((doubt) => doubt.grade === grade).length;
+    const words = {
+      value: "doubt about values",
+      completion: "completion",
+      "paper trail": "paper trail",
+    };
+    const see = button(`${words[grade]}${count > 1 ? ` (${count})` : ""} ↓`, () => {
+      byId("doubts-title").scrollIntoView();
+      byId("doubts-title").focus();
+    });
+    chips.push(el(grade === "value" ? "li.doubt" : "li", see));
   }
   return chips;
 }
 
-function bannerOf(table) {
+function bannerOf(table, first) {
   if (table.invented) {
     const lead = `${table.name} is synthetic: its rates are invented, for tests only.`;
     return el("div.banner.made", { role: "note" }, el("p.lead", lead));
   }
-  const lead = `⚠ ${table.name}: ${agesOf(table.reconstructed)} are reconstructed, not published.`;
+  const lead = `⚠ ${table.name}: ${agesOf(table.reconstructed)} are reconstructed, not published`;
   // The long text once, also where two such tables are compared.
-  const first = table === sidesOf().find((one) => one.reconstructed);
-  const texts = first ? table.doubts.slice(0, 1).map(([, , text]) => markup("p", text)) : [];
-  return el("div.banner.warn", { role: "note" }, el("p.lead", lead), texts);
+  const texts = table.doubts
+    .filter(({ grade }) => grade === "value")
+    .map(({ text }) => markup("p", text));
+  const more = first ? el("details", el("summary", "What that means"), texts) : null;
+  return el("div.banner.warn", { role: "note" }, el("p.lead", `${lead}.`), more);
 }
 
 const python = (value) => ({ null: "None", true: "True", false: "False" })[value] ?? String(value);
@@ -52,23 +73,27 @@ function payloadOf({ meta, columns }) {
   ];
 }
 
-function provenanceOf(table) {
-  const { group } = table;
-  const title = el("h4", `${table.name}: ${group ? group.title : "not published"}`);
-  if (!group) return [title, markup("p", atlas.invented)];
-  const facts = [...group.facts, ...table.doubts].map(([name, kind, text]) => {
-    const words = kind === "fact" ? name : `Doubt (${name})`;
-    return el(`div.${kind}`, el("dt", kind === "doubt" ? `⚠ ${words}` : words), markup("dd", text));
-  });
-  const heads = atlas.head.map((text) => el("th", { scope: "col" }, text));
+function doubtsOf(table) {
+  if (!table.doubts.length) return [];
+  const items = table.doubts.map(({ grade, text }) =>
+    el(grade === "value" ? "div.doubt" : "div.odd", el("dt", GRADES[grade]), markup("dd", text)),
+  );
+  return [el("h4", table.name), el("dl.facts", items)];
+}
+
+function sourcesOf(table) {
+  const title = el("h4", `${table.name}: ${table.family}`);
+  if (table.invented) return [title, markup("p", atlas.invented)];
+  const facts = table.facts.map(([name, text]) => el("div", el("dt", name), markup("dd", text)));
+  const heads = atlas.heads.map((text) => el("th", { scope: "col" }, text));
   const rows = table.rows.map((cells) =>
     el(
       "tr",
       cells.map((text) => markup("td", text)),
     ),
   );
-  const caption = el("caption", "The published columns");
   const name = { tabindex: 0, role: "region", "aria-label": `Published columns of ${table.name}` };
+  const caption = el("caption", "The published columns");
   const computed = table.series.filter((one) => one.computed).map((one) => one.name);
   return [
     title,
@@ -76,21 +101,27 @@ function provenanceOf(table) {
     el("div.scroll", name, el("table", caption, el("thead", el("tr", heads)), el("tbody", rows))),
     computed.length
       ? el("p.computed", `Computed at import, not published: ${computed.join(", ")}.`)
-      : "",
-  ];
+      : null,
+  ].filter(Boolean);
 }
 
-function describe() {
-  const { table } = view;
+export function describe(view) {
+  const tables = tablesOf(view);
+  const [table] = tables;
   const published = table.meta.get("table_name");
   document.title = `${table.name} – Atlas of decrement tables`;
   byId("name").textContent = table.name;
   byId("published").textContent = published === table.name ? "" : published;
+  byId("purpose").textContent = table.purpose;
   byId("description").textContent = table.meta.get("description");
   byId("chips").replaceChildren(...chipsOf(table));
-  const warned = sidesOf().filter((one) => one.invented || one.reconstructed);
-  byId("warnings").replaceChildren(...warned.map(bannerOf));
-  byId("computed-mark").hidden = !sidesOf().some((one) => one.series.some((each) => each.computed));
+  const warned = tables.filter((one) => one.invented || one.reconstructed);
+  const first = warned.find((one) => one.reconstructed);
+  byId("warnings").replaceChildren(...warned.map((one) => bannerOf(one, one === first)));
+  byId("computed-mark").hidden = !tables.some(({ series }) => series.some((one) => one.computed));
   byId("metadata").replaceChildren(...payloadOf(table));
-  byId("provenance").replaceChildren(...sidesOf().flatMap(provenanceOf));
+  const doubts = tables.flatMap(doubtsOf);
+  byId("doubts").hidden = !doubts.length;
+  byId("doubts-list").replaceChildren(...doubts);
+  byId("provenance").replaceChildren(...tables.flatMap(sourcesOf));
 }

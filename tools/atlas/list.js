@@ -1,5 +1,9 @@
 // The list of tables, and the search in it.
 
+import { byId, el, svg } from "./dom.js";
+import { find, indexOf } from "./search.js";
+import { atlas, openTable, state } from "./state.js";
+
 const SPARK = { width: 84, height: 30, lastAge: 126, decades: 5 };
 
 // The rates of a table, on the same axes for all tables.
@@ -25,39 +29,36 @@ function sparkline(table) {
 }
 
 function linkTo(table) {
-  const published = table.meta.get("table_name");
+  const { from, to } = table.reconstructed ?? {};
   const flag = table.reconstructed
-    ? el("span.flag.warn", `⚠ ${table.reconstructed.join("–")} reconstructed`)
+    ? el("span.flag.warn", `⚠ ${from}–${to} reconstructed`)
     : table.invented
       ? el("span.flag.made", "invented")
       : null;
-  const type = `${table.meta.get("table_type")} ${table.start}–${table.end} `;
-  const what = el("span.what", el("strong", table.name));
-  if (published !== table.name) what.append(el("span.as", published));
-  what.append(el("span.type", type, flag));
+  // What is said in the purpose is not said again.
+  const decrement = table.purpose.startsWith("death") ? "" : `${table.decrement}, `;
+  const type = el("span.type", `${decrement}${table.start}–${table.end} `, flag);
+  const what = el("span.what", el("strong", table.name), el("span.for", table.purpose), type);
   const link = el("a", { href: `#table=${table.name}` }, what, sparkline(table));
   link.dataset.name = table.name;
   return link;
 }
 
-// The list, and the same groups in the choice of a table to compare with.
+const groups = new Map(); // title to its section, in the order of the module
+const items = new Map(); // name to its item
+
 function buildList() {
-  const groups = new Map();
-  byId("other").append(el("option", { value: "" }, "no other table"));
-  for (const table of tables.values()) {
-    const title = table.group?.title ?? "Synthetic";
-    if (!groups.has(title)) {
-      const place = table.group?.country ?? "invented, for tests only";
-      const group = { items: el("ul"), options: el("optgroup", { label: `${title} (${place})` }) };
-      byId("list").append(el("section", el("h2", title, " ", el("small", place)), group.items));
-      byId("other").append(group.options);
-      groups.set(title, group);
+  for (const table of atlas.tables.values()) {
+    const { family, country } = table;
+    if (!groups.has(family)) {
+      const place = el("small", country ?? "invented, for tests only");
+      groups.set(family, el("section", el("h2", family, " ", place), el("ul")));
     }
-    const mark = table.reconstructed ? ` (⚠ ${table.reconstructed.join("–")} reconstructed)` : "";
-    const option = el("option", { value: table.name }, table.name + mark);
-    groups.get(title).items.append(el("li", linkTo(table)));
-    groups.get(title).options.append(option);
+    const item = el("li", linkTo(table));
+    items.set(table.name, item);
+    groups.get(family).lastChild.append(item);
   }
+  byId("list").append(...groups.values());
 }
 
 const links = () => [...byId("list").querySelectorAll("a")];
@@ -70,23 +71,26 @@ function rove() {
   for (const link of links()) link.tabIndex = link === stop ? 0 : -1;
 }
 
+const index = indexOf(atlas.tables);
+
+// What is found stands in the order of how well it fits, its groups in that of their best.
 function search() {
-  const words = plain(byId("query").value).split(/\s+/).filter(Boolean);
-  for (const link of links()) {
-    const text = tables.get(link.dataset.name).search;
-    link.parentNode.hidden = !words.every((word) => text.includes(word));
-  }
-  for (const group of byId("list").children) {
-    group.hidden = !group.querySelector("li:not([hidden])");
-  }
-  const some = words.length ? `${found().length} of ` : "";
-  byId("count").textContent = `${some}${tables.size} tables`;
+  const query = byId("query").value.trim();
+  const names = query ? find(index, query) : [...items.keys()];
+  for (const [name, item] of items) item.hidden = !names.includes(name);
+  const order = [...names, ...[...items.keys()].filter((name) => !names.includes(name))];
+  for (const name of order)
+    groups.get(atlas.tables.get(name).family).lastChild.append(items.get(name));
+  const families = new Set(order.map((name) => atlas.tables.get(name).family));
+  for (const family of families) byId("list").append(groups.get(family));
+  for (const group of groups.values()) group.hidden = !group.querySelector("li:not([hidden])");
+  byId("count").textContent = `${query ? `${names.length} of ` : ""}${atlas.tables.size} tables`;
   rove();
 }
 
-function markCurrent() {
+export function markCurrent() {
   current()?.removeAttribute("aria-current");
-  const link = links().find((each) => each.dataset.name === view.table.name);
+  const link = items.get(state.view.sides[0].table.name).firstChild;
   link.setAttribute("aria-current", "page");
   rove();
   // Only the list scrolls to it, not the page.
@@ -96,10 +100,10 @@ function markCurrent() {
   if (!seen) finder.scrollTop += offset - finder.clientHeight / 2;
 }
 
-// On a narrow screen the list and the table take turns.
-const narrow = () => getComputedStyle(byId("toggle")).display !== "none";
+// On a phone the list and the table take turns.
+export const narrow = () => getComputedStyle(byId("toggle")).display !== "none";
 
-function openList(open) {
+export function openList(open) {
   document.body.classList.toggle("listing", open);
   byId("toggle").setAttribute("aria-expanded", open);
 }
@@ -109,10 +113,34 @@ function listKeys(event) {
   const at = all.indexOf(document.activeElement);
   const inSearch = event.target === byId("query");
   const steps = { ArrowDown: at + 1, ArrowUp: at - 1, Home: 0, End: all.length - 1 };
-  const named = (link) => plain(link.dataset.name).includes(plain(byId("query").value.trim()));
-  if (inSearch && event.key === "Enter") (all.find(named) ?? all[0])?.click();
-  else if (inSearch && event.key === "ArrowDown") all.find((link) => link.tabIndex === 0)?.focus();
+  if (inSearch && event.key === "Enter") all[0]?.click();
+  else if (inSearch && event.key === "ArrowDown") all[0]?.focus();
   else if (inSearch || at < 0 || !(event.key in steps)) return;
   else (all[Math.min(steps[event.key], all.length - 1)] ?? byId("query")).focus();
   event.preventDefault();
+}
+
+export function startList() {
+  buildList();
+  search();
+  byId("query").addEventListener("input", search);
+  byId("finder").addEventListener("keydown", listKeys);
+  byId("toggle").addEventListener("click", () => {
+    openList(!document.body.classList.contains("listing"));
+    if (document.body.classList.contains("listing")) byId("query").focus();
+  });
+  byId("list").addEventListener("click", (event) => {
+    const link = event.target.closest("a");
+    if (!link || event.ctrlKey || event.metaKey || event.shiftKey) return;
+    event.preventDefault();
+    openList(false);
+    openTable(atlas.tables.get(link.dataset.name));
+    if (narrow()) byId("name").focus();
+  });
+  document.addEventListener("keydown", (event) => {
+    if (event.key !== "/" || event.target.matches("input, select, textarea")) return;
+    event.preventDefault();
+    openList(true);
+    byId("query").focus();
+  });
 }

@@ -1,86 +1,34 @@
 // The plots: rates and improvement, each in a figure of its own with the same ages.
 
+import { agesOfView, tablesOf } from "./address.js";
+import { drawMarks, drawUnder } from "./canvas.js";
+import { chosenAge } from "./controls.js";
+import { byId, button, css, dark, el, save } from "./dom.js";
+import { drawingOf } from "./drawing.js";
+import { readLegend } from "./legend.js";
+import { dashOf, inkOf } from "./lines.js";
+import { hasTick, heightOf, pictureOf, tickText } from "./picture.js";
+import { fileName } from "./sheet.js";
+import { atlas, change, state } from "./state.js";
+import { KINDS } from "./tables.js";
+
 const plots = {};
-let age = 65;
+const drawings = {};
+const noTick = "";
 
-// Ages as ranges: 0–199, 204.
-function ranges(ages) {
-  const parts = [];
-  for (const each of ages) {
-    const last = parts.at(-1);
-    if (last?.[1] === each - 1) last[1] = each;
-    else parts.push([each, each]);
-  }
-  return parts.map(([a, b]) => (a === b ? a : `${a}–${b}`)).join(", ");
-}
-
-// What there is to draw: ages, a list of numbers or gaps for each line, and what is left out of it.
-function dataOf(lines, log, mixed) {
-  const [first, last] = allAges();
-  const ages = Array.from({ length: last - first + 1 }, (_, index) => first + index);
-  const leftOut = [];
-  const data = lines.map((one) => {
-    const factor = mixed && one.permille ? 1 / 1000 : 1;
-    const values = ages.map((each) => one.numbers[each - one.table.start] ?? null);
-    const without = ages.filter((_, index) => log && values[index] !== null && values[index] <= 0);
-    if (without.length) leftOut.push([one, without]);
-    return values.map((value) => (value === null || (log && value <= 0) ? null : value * factor));
-  });
-  return { data: [ages, ...data], leftOut };
-}
-
-function textOfLeftOut(leftOut) {
-  const count = leftOut.reduce((sum, [, ages]) => sum + ages.length, 0);
-  if (!count) return "";
-  const negative = leftOut.some(([one]) => one.numbers.some((value) => value < 0));
-  const places = leftOut.map(([one, ages]) => {
-    return `${fullName(one)} at ${ages.length > 1 ? "ages" : "age"} ${ranges(ages)}`;
-  });
-  const where = places.length > 6 ? `in ${places.length} columns` : places.join("; ");
-  const what = `${count > 1 ? "values" : "value"} of zero${negative ? " or less" : ""}`;
-  return `Left out: ${count} ${what}, which a log scale does not have (${where}).`;
-}
-
-// The title of a figure and what its axes are.
-function labelsOf(kind, lines, log, mixed) {
-  const decrements = [...new Set(sidesOf().map((table) => table.decrement))];
-  const rates = kind === "rates";
-  const divided = namesOf(lines.filter((one) => one.permille));
-  const unit = !lines.length
-    ? "nothing selected"
-    : mixed
-      ? `decimal: the per mille of ${divided} divided by 1000`
-      : unitOf(lines[0]);
-  const what = rates ? `Rate of ${decrements.join(" or ")}` : "Rate of improvement";
-  return {
-    title: rates ? `Rates of ${decrements.join(" and ")}` : "Improvement",
-    axis: `${what} in a year, ${unit}, ${log ? "log" : "linear"} scale, by age`,
-  };
-}
-
-// On a log scale powers of ten have a tick, and 2 and 5 too where there are few of them.
-function hasTick(value, { min, max }) {
-  const digit = Number(value.toExponential(6).split("e")[0]);
-  return digit === 1 || (max / min <= 100 && (digit === 2 || digit === 5));
-}
-
-// Without exponents, which are harder to compare.
-const tickText = (value) => value.toFixed(10).replace(/\.?0+$/, "");
-
-function optionsOf(kind, lines, log, box) {
+function optionsOf(drawing, box) {
+  const { lines, log, range } = drawing;
   const crowded = lines.length > 8;
   const grid = { stroke: css("--grid"), width: 1 };
   const axis = { stroke: css("--muted"), font: `12px ${css("--sans")}`, grid, ticks: grid };
-  const logScale = {
-    distr: 3,
-    range: (u, low, high) => (low === null ? [0.1, 1] : uPlot.rangeLog(low, high, 10, false)),
-  };
-  const linearScale = {
-    range: (u, low, high) => [Math.min(0, low ?? 0), high > 0 ? high * 1.05 : (high ?? 0) + 0.01],
-  };
+  const filter = (u, splits) => splits.map((at) => (!log || hasTick(at, u.scales.y) ? at : null));
+  // What of it fits the window below what stands above it.
+  const room = innerHeight - (box.getBoundingClientRect().top + scrollY) - 24;
+  const low = Math.max(240, Math.round(innerWidth * 0.3));
+  const most = drawing.kind === "rates" ? 430 : 260;
   return {
     width: box.clientWidth,
-    height: Math.min(kind === "rates" ? 400 : 260, Math.max(230, Math.round(innerWidth * 0.75))),
+    height: Math.max(Math.min(most, room), Math.min(low, most, 340)),
     padding: [12, 14, 0, 0],
     legend: { show: false },
     focus: { alpha: crowded ? 0.3 : 1 },
@@ -91,40 +39,38 @@ function optionsOf(kind, lines, log, box) {
       points: {
         size: crowded ? 0 : 9,
         width: crowded ? 0 : 2,
-        fill: (u, at) => inkOf(lines[at - 1]),
+        fill: (u, at) => inkOf(lines[at - 1], dark.matches),
         stroke: () => css("--panel"),
       },
     },
     scales: {
-      x: { time: false, range: () => view.ages ?? allAges() },
-      y: log ? logScale : linearScale,
+      x: { time: false, range: () => range },
+      y: { distr: log ? 3 : 1, range: (u, low, high) => heightOf(drawing, low, high) },
     },
     axes: [
       { ...axis, size: 34, incrs: [1, 2, 5, 10, 20, 25, 50] },
       {
         ...axis,
         size: (u, texts) => 22 + 7.4 * Math.max(3, ...(texts ?? []).map((text) => text.length)),
-        values: (u, splits) => splits.map((each) => (each === null ? "" : tickText(each))),
-        filter: (u, splits) =>
-          splits.map((each) => (!log || hasTick(each, u.scales.y) ? each : null)),
+        values: (u, splits) => splits.map((at) => (at === null ? noTick : tickText(at))),
+        filter,
       },
     ],
     series: [
       {},
-      ...lines.map((one) => ({
-        label: fullName(one),
-        stroke: inkOf(one),
-        width: one.side ? 1.7 : 2,
-        dash: dashOf(one),
+      ...lines.map((line) => ({
+        label: line.called,
+        stroke: inkOf(line, dark.matches),
+        width: line.side ? 1.7 : 2,
+        dash: dashOf(line),
         points: { show: false },
       })),
     ],
     hooks: {
-      ready: [() => showAge(age)],
-      drawAxes: [(u) => drawWarnings(u, lines)],
-      drawSeries: [(u, at) => drawMarks(u, at, lines[at - 1], crowded)],
-      // Where the pointer leaves, the line at the age stays.
-      setCursor: [(u) => u.status && showAge(u.data[0][u.cursor.idx] ?? age)],
+      drawAxes: [(u) => drawUnder(u, drawing, chosenAge(state.view))],
+      drawSeries: [(u, at) => drawMarks(u, drawing, lines[at - 1])],
+      // Values are read where the pointer is; when it leaves, at the chosen age again.
+      setCursor: [(u) => u.status && readLegend(u.data[0][u.cursor.idx] ?? chosenAge(state.view))],
       setSelect: [zoomToSelection],
     },
   };
@@ -133,33 +79,44 @@ function optionsOf(kind, lines, log, box) {
 function draw(kind) {
   const figure = byId(kind);
   const box = figure.querySelector(".plot");
+  const { view } = state;
   plots[kind]?.destroy();
   delete plots[kind];
   box.replaceChildren();
-  figure.hidden = !sidesOf().some((table) => table.series.some((one) => one.kind === kind));
+  figure.hidden = !tablesOf(view).some((table) => table.series.some((one) => one.kind === kind));
   if (figure.hidden) return;
 
-  const lines = seriesOf(kind);
-  const log = view.scale[kind] === "log";
-  const mixed = new Set(lines.map(unitOf)).size > 1;
-  const { data, leftOut } = dataOf(lines, log, mixed);
-  const { title, axis } = labelsOf(kind, lines, log, mixed);
-  figure.querySelector("h3").textContent = title;
+  const drawing = (drawings[kind] = drawingOf(view, kind));
+  const { lines, axis } = drawing;
+  figure.querySelector("h3").textContent = drawing.title;
   figure.querySelector(".axis").textContent = `↑ ${axis}`;
-  figure.querySelector(".leftout").textContent = textOfLeftOut(leftOut);
+  figure.querySelector(".leftout").textContent = drawing.leftOut;
+  const ratio = figure.querySelector("[value=ratio]");
+  if (ratio) ratio.disabled = view.sides.length < 2;
   figure.querySelector(`[value=${view.scale[kind]}]`).checked = true;
-  box.setAttribute("aria-label", `Plot. ${axis}. ${lines.map(fullName).join(", ")}`);
-  if (!data.slice(1).some((values) => values.some((value) => value !== null))) {
+  box.setAttribute("aria-label", `Plot. ${axis}. ${lines.map(({ called }) => called).join(", ")}`);
+  for (const saving of figure.querySelectorAll(".save button")) saving.disabled = !lines.length;
+  if (!lines.some((line) => line.drawn.some((value) => value !== null))) {
     const why = lines.length ? "There is nothing above zero to draw." : "No column is selected.";
     box.append(el("p.empty", why));
     return;
   }
-  const plot = new uPlot(optionsOf(kind, lines, log, box), data, box);
-  plot.over.addEventListener("dblclick", () => zoom(null));
-  plot.over.addEventListener("pointermove", (event) => {
-    if (event.pointerType === "mouse") return; // the library follows it
+  const plot = new uPlot(
+    optionsOf(drawing, box),
+    [drawing.ages, ...lines.map((line) => line.drawn)],
+    box,
+  );
+  const ageAt = (event) => {
     const left = event.clientX - plot.over.getBoundingClientRect().left;
-    showAge(Math.round(plot.posToVal(left, "x")));
+    return Math.round(plot.posToVal(left, "x"));
+  };
+  plot.over.addEventListener("dblclick", () => change({ ages: null }));
+  // A press without dragging chooses the age.
+  let pressed = null;
+  plot.over.addEventListener("pointerdown", (event) => (pressed = event.clientX));
+  plot.over.addEventListener("pointerup", (event) => {
+    if (pressed !== null && Math.abs(event.clientX - pressed) < 8) change({ age: ageAt(event) });
+    pressed = null;
   });
   plots[kind] = plot;
 }
@@ -167,41 +124,14 @@ function draw(kind) {
 function zoomToSelection({ select, posToVal }) {
   const from = Math.round(posToVal(select.left, "x"));
   const to = Math.round(posToVal(select.left + select.width, "x"));
-  if (select.width && from < to) zoom([from, to]);
+  // After the library has done with the release of the pointer.
+  if (select.width && from < to) setTimeout(() => change({ ages: [from, to] }));
 }
 
-function zoom(ages) {
-  view.ages = ages;
-  changed();
-}
-
-function drawBoth() {
+export function drawPlots(view) {
   KINDS.forEach(draw);
   byId("allages").hidden = !view.ages;
   byId("allages").textContent = view.ages ? `Ages ${view.ages.join("–")}: show all` : "";
-  for (const input of document.querySelectorAll(".legend input")) {
-    input.checked = view.shown[input.dataset.side].has(input.value);
-  }
-  showAge(age);
-}
-
-// The values of an age beside the names, and a line at the age in both plots.
-function showAge(wanted) {
-  const sides = sidesOf();
-  const [first, last] = allAges();
-  age = Math.max(first, Math.min(wanted, last));
-  const input = byId("age");
-  // What is being typed is not changed under the fingers.
-  if (document.activeElement !== input || Number(input.value) !== wanted) input.value = age;
-  for (const output of document.querySelectorAll(".legend .value")) {
-    const one = sides[output.dataset.side].series[output.dataset.at];
-    output.textContent = textAt(one, age) ?? "–";
-    output.classList.toggle("doubtful", Boolean(reconstructedAt(one.table, age)));
-  }
-  for (const plot of Object.values(plots)) {
-    // status: its scales are known from the moment that it is ready.
-    if (plot.status) plot.setCursor({ left: plot.valToPos(age, "x"), top: 0 }, false);
-  }
 }
 
 function fitPlots() {
@@ -209,4 +139,73 @@ function fitPlots() {
     const width = byId(kind).querySelector(".plot").clientWidth;
     if (width && width !== plot.width) plot.setSize({ width, height: plot.height });
   }
+}
+
+// ---- saved and printed ----
+
+function picture(kind, inTheDark) {
+  const { view } = state;
+  const names = tablesOf(view)
+    .map(({ name }) => name)
+    .join(", ");
+  const sources = tablesOf(view).map(
+    ({ name, base, source }) =>
+      `${name}: ${source ?? "invented"}${base ? `; base year ${base}` : ""}`,
+  );
+  const made = `data_tables ${atlas.version} of ${atlas.date}, catalogue ${atlas.digest}`;
+  const drawing = drawings[kind];
+  return pictureOf(drawing, `${names}: ${drawing.title}`, [...sources, made], inTheDark);
+}
+
+function savePicture(kind, ending) {
+  const text = picture(kind, dark.matches);
+  const name = fileName(state.view, `${kind}.${ending}`);
+  if (ending === "svg") return save(name, "image/svg+xml", text);
+  const image = new Image();
+  image.addEventListener("load", () => {
+    const canvas = el("canvas", { width: 2 * image.width, height: 2 * image.height });
+    canvas.getContext("2d").drawImage(image, 0, 0, canvas.width, canvas.height);
+    canvas.toBlob((blob) => save(name, "image/png", blob));
+  });
+  image.src = `data:image/svg+xml,${encodeURIComponent(text)}`;
+  return image;
+}
+
+// What is printed has the width of the paper, and is light.
+function printed() {
+  for (const kind of KINDS) {
+    const paper = byId(kind).querySelector(".paper");
+    paper.replaceChildren();
+    if (plots[kind]) paper.innerHTML = picture(kind, false);
+  }
+}
+
+function listenToFigure(kind) {
+  const figure = byId(kind);
+  figure.querySelector(".scale").addEventListener("change", (event) => {
+    change({ scale: { ...state.view.scale, [kind]: event.target.value } });
+  });
+  for (const ending of ["svg", "png"]) {
+    const name = `Save the plot as ${ending.toUpperCase()}`;
+    figure
+      .querySelector(".save")
+      .append(button(ending.toUpperCase(), () => savePicture(kind, ending), name));
+  }
+  figure.querySelector(".plot").addEventListener("keydown", (event) => {
+    const steps = { ArrowLeft: -1, ArrowRight: 1, PageDown: -10, PageUp: 10, Home: -999, End: 999 };
+    if (!(event.key in steps)) return;
+    event.preventDefault();
+    const [first, last] = agesOfView(state.view);
+    const age = chosenAge(state.view) + steps[event.key];
+    change({ age: Math.max(first, Math.min(age, last)) });
+    byId("reading").textContent = readLegend(chosenAge(state.view), kind);
+  });
+}
+
+export function startPlots() {
+  KINDS.forEach(listenToFigure);
+  byId("allages").addEventListener("click", () => change({ ages: null }));
+  dark.addEventListener("change", () => drawPlots(state.view));
+  addEventListener("beforeprint", printed);
+  new ResizeObserver(fitPlots).observe(document.querySelector("article"));
 }

@@ -1,46 +1,31 @@
 // The values: shown, copied, written to a file.
 
-// Where a value could be taken for a published one, a last column says what it is.
-function noteOf(table, age) {
-  if (age < table.start || age > table.end) return "";
-  if (table.invented) return "invented";
-  return reconstructedAt(table, age) ? "reconstructed" : "published";
-}
+import { tablesOf } from "./address.js";
+import { byId, el, save } from "./dom.js";
+import { csvOf, fileName, sheetOf, tabbed } from "./sheet.js";
+import { atlas, change, state } from "./state.js";
 
-// Head and rows, as texts.
-function valuesTable() {
-  const sides = sidesOf();
-  const columns = view.all ? sides.flatMap((table) => table.series) : chosenSeries();
-  const noted = sides.filter((table) => table.reconstructed || table.invented);
-  const head = ["age"];
-  for (const one of columns) {
-    head.push(view.other ? `${fullName(one)} [${unitOf(one)}]` : one.name);
-  }
-  for (const table of noted) head.push(view.other ? `${table.name} note` : "note");
-  const body = [];
-  const [first, last] = allAges();
-  for (let each = first; each <= last; each += 1) {
-    const values = columns.map((one) => textAt(one, each) ?? "");
-    body.push([String(each), ...values, ...noted.map((table) => noteOf(table, each))]);
-  }
-  return { columns, head, body };
-}
-
-function showValues() {
-  const { columns, head, body } = valuesTable();
+export function showValues(view) {
+  const { columns, head, body } = sheetOf(view, atlas);
   byId("all").checked = view.all;
+  byId("csv").value = view.comma ? "comma" : "point";
   byId("copied").textContent = "";
   byId("fallback").hidden = true;
-  const names = sidesOf().map((table) => table.name);
+  const names = tablesOf(view).map(({ name }) => name);
   const count = `${columns.length} ${columns.length === 1 ? "column" : "columns"}`;
   const heads = head.map((text, at) => {
-    const unit = at && columns[at - 1] && !view.other ? unitOf(columns[at - 1]) : null;
-    return el("th", { scope: "col" }, text, unit && el("small", unit));
+    const column = columns[at - 1];
+    return el("th", { scope: "col" }, column?.head ?? text, column && el("small", column.unit));
   });
-  const rows = body.map(([each, ...texts]) => {
+  const rows = body.map(([age, ...texts]) => {
     const cells = texts.map((text, at) => el(at < columns.length ? "td" : "td.note", text));
-    const doubtful = texts.includes("reconstructed");
-    return el(doubtful ? "tr.doubtful" : "tr", el("th", { scope: "row" }, each), cells);
+    const notes = texts.slice(columns.length).join();
+    const mark = notes.includes("reconstructed")
+      ? "tr.doubtful"
+      : notes.includes("completed")
+        ? "tr.completed"
+        : "tr";
+    return el(mark, el("th", { scope: "row" }, age), cells);
   });
   byId("values").replaceChildren(
     el("caption", `${names.join(" and ")}, ${count}`),
@@ -49,36 +34,35 @@ function showValues() {
   );
 }
 
-function valuesText(separator) {
-  const { head, body } = valuesTable();
-  return [head, ...body].map((row) => `${row.join(separator)}\n`).join("");
-}
-
+// Where the browser refuses one way it may allow the older one; else the text can be taken by hand.
 async function copy() {
   const box = byId("fallback");
-  let done = "Copied.";
+  const text = tabbed(sheetOf(state.view, atlas));
+  let copied = true;
   try {
-    await navigator.clipboard.writeText(valuesText("\t"));
+    await navigator.clipboard.writeText(text);
   } catch {
     box.hidden = false;
-    box.value = valuesText("\t");
+    box.value = text;
     box.select();
-    if (document.execCommand("copy")) {
-      box.hidden = true;
-      byId("copy").focus();
-    } else done = "The browser does not let the page copy: the values are selected below.";
+    copied = document.execCommand("copy");
+    box.hidden = copied;
   }
-  byId("copied").textContent = done;
+  if (copied) byId("copy").focus();
+  const refused = "The browser does not let the page copy: the values are selected below.";
+  byId("copied").textContent = copied ? "Copied." : refused;
 }
 
-// No text in the table holds a comma or a quote.
 function download() {
-  const names = sidesOf().map((table) => {
-    return (
-      table.name + (table.invented ? "-invented" : table.reconstructed ? "-reconstructed" : "")
-    );
-  });
-  const url = URL.createObjectURL(new Blob([valuesText(",")], { type: "text/csv" }));
-  el("a", { href: url, download: `${names.join("-")}.csv` }).click();
-  setTimeout(() => URL.revokeObjectURL(url), 60000);
+  const { view } = state;
+  save(fileName(view, "csv"), "text/csv", csvOf(sheetOf(view, atlas), view.comma));
+}
+
+export function startValues() {
+  byId("all").addEventListener("change", (event) => change({ all: event.target.checked }));
+  byId("csv").addEventListener("change", (event) =>
+    change({ comma: event.target.value === "comma" }),
+  );
+  byId("copy").addEventListener("click", copy);
+  byId("download").addEventListener("click", download);
 }

@@ -1,0 +1,171 @@
+// The atlas without a browser: its files that need no document, against figures from Python. Run by
+// tests/package/test_atlas.py, which names in ATLAS_FIGURES what is embedded and what is expected.
+
+import assert from "node:assert/strict";
+import { readFileSync } from "node:fs";
+import { test } from "node:test";
+
+import { readAddress, writeAddress } from "../../tools/atlas/address.js";
+import { drawingOf, notesOf } from "../../tools/atlas/drawing.js";
+import { livesOf } from "../../tools/atlas/lives.js";
+import { pictureOf } from "../../tools/atlas/picture.js";
+import { rateAt } from "../../tools/atlas/projection.js";
+import { find, indexOf } from "../../tools/atlas/search.js";
+import { csvOf, sheetOf } from "../../tools/atlas/sheet.js";
+import { readAtlas } from "../../tools/atlas/tables.js";
+
+const { contents, rates, lives, found, rows } = JSON.parse(readFileSync(process.env.ATLAS_FIGURES));
+const atlas = readAtlas(contents);
+const viewOf = (address) => readAddress(address, atlas.tables).view;
+const near = (got, want, what) =>
+  assert.ok(
+    want === null ? got === null : Math.abs(got - want) <= 1e-11 * Math.abs(want),
+    `${what}: ${got}, not ${want}`,
+  );
+
+test("every series is projected as Python does it, year by year", () => {
+  for (const [name, series, age, year, want] of rates) {
+    const one = atlas.tables.get(name).series.find((each) => each.name === series);
+    near(rateAt(one, age, year), want, `${name} ${series} at ${age} in ${year}`);
+  }
+});
+
+test("lives have the published expectations and annuities", () => {
+  for (const [address, sex, selected, key, digits, want] of lives) {
+    const view = viewOf(address);
+    const all = livesOf(view.sides[0].table, view);
+    const life = all.find((one) => one.sex === sex && one.selected === selected);
+    const { age } = view;
+    const got = {
+      death: age + life.own.expectation,
+      annuity: life.own.annuity,
+      rate: life.rate,
+      period: life.period?.annuity,
+    };
+    assert.equal(got[key].toFixed(digits), want, address);
+  }
+  const [early] = livesOf(atlas.tables.get("CB_H_2020"), {
+    age: 65,
+    interest: 2,
+    time: { kind: "year", year: 2019 },
+  });
+  assert.deepEqual([early.rate, early.own, early.period], [null, null, null]);
+});
+
+test("a ratio is that of the same sex and duration, in one unit, projected", () => {
+  const ratioAt = (address, called, age) => {
+    const drawing = drawingOf(viewOf(address), "rates");
+    return drawing.lines.find((line) => line.called === called).values[age - drawing.ages[0]];
+  };
+  const rel = "table=PASEM2020_Gen_2o&with=PASEM2020_Rel_1o&rates=ratio";
+  const called = "PASEM2020_Rel_1o qx_f as % of PASEM2020_Gen_2o qx_f";
+  assert.equal(ratioAt(rel, called, 65).toFixed(2), "110.19"); // the law 1.101875 of the provenance
+  assert.equal(ratioAt(rel, called, 110), null); // past the last age of Rel
+  const mixed = "table=PER2020_Ind_1o&with=AM92_AF92&rates=ratio";
+  const duration = "AM92_AF92 qx_f.0 as % of PER2020_Ind_1o qx_f";
+  const [per, am] = ["PER2020_Ind_1o", "AM92_AF92"].map((name) => atlas.tables.get(name));
+  const perMille = per.series.find(({ name }) => name === "qx_f").numbers[65];
+  const decimal = am.series.find(({ name }) => name === "qx_f.0").numbers[65 - 17];
+  near(ratioAt(mixed, duration, 65), (100 * decimal) / (perMille / 1000), "units");
+  near(
+    ratioAt(`${mixed}&year=2012`, duration, 65),
+    (100 * decimal) / (perMille / 1000),
+    "base year",
+  );
+  near(
+    ratioAt(`${mixed}&year=2026`, duration, 65),
+    (100 * decimal) / (rateAt(per.series[0], 65, 2026) / 1000),
+    "projected",
+  );
+});
+
+test("what must be known about the years of a comparison is said", () => {
+  const notes = (address) => notesOf(viewOf(address)).join(" ");
+  const both = "table=PER2020_Ind_1o&with=DAV2004R_Agg_2o";
+  assert.match(notes(both), /Not projected.*PER2020_Ind_1o 2012, DAV2004R_Agg_2o 1999/);
+  assert.equal(notes(`${both}&year=2026`), "");
+  assert.match(
+    notes("table=GAM71&with=CB_H_2020&born=1960"),
+    /No improvement.*GAM71.*CB_H_2020 has no factors.*ages below 60/,
+  );
+});
+
+test("the search finds what people type", () => {
+  const index = indexOf(atlas.tables);
+  for (const [query, want, how] of found) {
+    const names = find(index, query);
+    if (how === "only") assert.deepEqual([...names].sort(), [...want].sort(), query);
+    if (how === "first") assert.deepEqual(names.slice(0, want.length), want, query);
+    for (const name of want) assert.ok(names.includes(name), `${query}: ${name} not in ${names}`);
+  }
+});
+
+test("the address holds everything chosen", () => {
+  const full =
+    "#table=CB_H_2020&with=PER2020_Ind_1o,GAM83,AM92_AF92&series=qx_m,mi_m.2030&series4=qx_f.0" +
+    "&born=1961&rates=ratio&improvement=log&age=72&interest=1.25&ages=20-90&values=all&csv=comma";
+  assert.equal(writeAddress(viewOf(full)), full);
+  for (const bare of ["#GAM94_AA", "#gam94_aa", "#table=GAM94_AA"]) {
+    assert.equal(writeAddress(viewOf(bare)), "#table=GAM94_AA");
+  }
+  const wrong = readAddress(
+    "#table=GAM95&with=GAM83&age=x&interest=99&ages=90-20&rates=ratio&year=12",
+    atlas.tables,
+  );
+  assert.deepEqual(wrong.unknown, ["GAM95"]);
+  assert.equal(writeAddress(wrong.view), "#table=GAM83");
+  assert.equal(writeAddress(readAddress("#%", atlas.tables).view), "#table=PER2020_Col_2o");
+});
+
+test("a file says unit, source, version and what is not published", () => {
+  const csv = (address, comma = false) => csvOf(sheetOf(viewOf(address), atlas), comma).split("\n");
+  const [about, made, head] = csv("#GAM71");
+  assert.ok(about.replaceAll('"', "").startsWith(`# GAM71: ${atlas.tables.get("GAM71").source}`));
+  assert.match(made, new RegExp(`${atlas.version} of ${atlas.date}, catalogue ${atlas.digest}`));
+  assert.equal(head, "age,qx_m [decimal],qx_f [decimal]");
+  for (const [name, want] of Object.entries(rows)) {
+    const lines = csv(`table=${name}&values=all`).filter((line) => /^\d/.test(line));
+    assert.deepEqual(
+      lines.map((line) => line.split(",").slice(0, want[0].length)),
+      want,
+      name,
+    );
+  }
+  const per = csv("table=PER2020_Ind_1o&with=GAM71&year=2026", true).map((line) =>
+    line.replace("\ufeff", ""),
+  );
+  assert.match(
+    per.find((line) => line.startsWith("age;")),
+    /;"?PER2020_Ind_1o qx_f, in 2026 \[per mille\]"?;.*;GAM71 qx_m \[decimal\];/,
+  );
+  assert.match(
+    per.find((line) => line.startsWith("65;")),
+    /^65;2,868621527;/,
+  );
+  const notes = Object.fromEntries(
+    csv("#IASS90").map((line) => [line.split(",")[0], line.split(",").at(-1)]),
+  );
+  assert.deepEqual(
+    [notes[20], notes[21], notes[62], notes[63]],
+    ["published", "reconstructed", "reconstructed", "published"],
+  );
+  assert.match(
+    csv("#AM92_AF92").find((line) => line.startsWith("91,")),
+    /completed: qx_m.0 qx_f.0$/,
+  );
+  assert.match(csv("#DummySD_Unisex")[5], /invented$/);
+});
+
+test("a picture has every line, says what it is and hatches what is not published", () => {
+  const view = viewOf("table=IASS90&with=CB_H_2020,DAV2004R_SelUlt_1o");
+  const drawing = drawingOf(view, "rates");
+  const svg = pictureOf(drawing, "A & B", ["source <1>"]);
+  assert.equal(drawing.lines.length, 1 + 1 + 4);
+  for (const { called } of drawing.lines) assert.ok(svg.includes(`>${called}<`), called);
+  assert.match(svg, /A &#38; B.*21–62 reconstructed, not published.*source &#60;1&#62;/s);
+  assert.ok(!/NaN|undefined|Infinity/.test(svg));
+  assert.equal(
+    drawing.leftOut.split(" (")[0],
+    "Left out: 1 value of zero, which a log scale does not have",
+  );
+});

@@ -1,0 +1,91 @@
+// The search: whole words before the beginnings of words, and those before parts of words.
+
+import { SEXES } from "./tables.js";
+import { SYNONYMS } from "./synonyms.js";
+
+// Without accents and capitals, in words; what is written together stays findable by its parts.
+const plain = (text) => text.normalize("NFD").replace(/\p{M}/gu, "").toLowerCase();
+const split = (text) => text.split(/[^\p{L}\p{M}\p{N}]+/u).filter(Boolean);
+const wordsOf = (text) => split(text).map(plain);
+function partsOf(name) {
+  const whole = plain(name);
+  const pieces = whole.split(/[^a-z0-9]+/);
+  return [whole, ...pieces, ...pieces.flatMap((piece) => piece.match(/[a-z]+|\d+/g) ?? [])];
+}
+
+// Words that say nothing in a question of several words.
+const IDLE = new Set(wordsOf("de la el los las del y en of the for and or with a an in on by to"));
+
+// How a word is found: whole in a name or in our words, whole in other texts, at the beginning of a
+// word, within one; and what that is worth. 0 is not at all.
+const [SAID, WRITTEN, BEGUN, WITHIN] = [1, 2, 3, 4];
+const WORTH = [0, 4, 2, 1, 0.5];
+
+// What is said about a table in our words: these have synonyms.
+function saidOf(table) {
+  const rates = [...table.columns.values()].filter(([one]) => one.kind === "rates");
+  const said = [table.purpose, table.country ?? "", table.meta.get("table_type"), table.decrement];
+  said.push(table.orders.join(" "), table.permille ? "per mille" : "decimal");
+  said.push(...rates.map(([one]) => SEXES[one.sex]));
+  said.push(table.formula ? `improvement generational ${table.formula}` : "static");
+  for (const [one] of table.columns.values()) said.push(one.shape, one.column);
+  if (table.meta.get("select")) said.push("select ultimate");
+  said.push(table.invented ? "synthetic" : "published");
+  said.push(...table.marks.map(({ kind }) => kind));
+  return said.map((text) => text.replaceAll("_", " ")).join(" . ");
+}
+
+function entryOf(table) {
+  const text = wordsOf(saidOf(table)).join(" ");
+  const said = new Set(text.split(" "));
+  for (const [first, ...others] of SYNONYMS) {
+    if (!` ${text} `.includes(` ${plain(first)} `)) continue;
+    for (const other of others) wordsOf(other).forEach((word) => said.add(word));
+  }
+  const names = new Set([table.name, table.meta.get("table_name")].flatMap(partsOf));
+  const sources = table.facts.map(([, text]) => text.replace(/<[^>]+>/g, ""));
+  const texts = new Set(wordsOf([table.meta.get("description"), ...sources].join(" ")));
+  return { name: table.name, names, said, texts };
+}
+
+function matchOf({ names, said, texts }, word) {
+  if (said.has(word) || names.has(word)) return SAID;
+  // The beginning of a name is how one types a name.
+  if (word.length > 2 && [...names].some((each) => each.startsWith(word))) return SAID;
+  if (texts.has(word)) return WRITTEN;
+  const all = [...names, ...said, ...texts];
+  if (all.some((each) => each.startsWith(word))) return BEGUN;
+  return word.length > 2 && all.some((each) => each.includes(word)) ? WITHIN : 0;
+}
+
+export function indexOf(tables) {
+  return [...tables.values()].map(entryOf);
+}
+
+// The names of the tables that have every word, the best first, else in the order of the module.
+export function find(index, query) {
+  const typed = split(query);
+  // In capitals they are meant: DE is Germany.
+  const telling = (typed.length > 1 ? typed.filter((word) => !IDLE.has(word)) : typed).map(plain);
+  const judged = index.map((entry) => ({
+    entry,
+    matches: telling.map((word) => matchOf(entry, word)),
+  }));
+  // A word that is somewhere a whole one is not looked for in parts of words.
+  const allowed = telling.map((_, at) => {
+    const best = Math.min(...judged.map(({ matches }) => matches[at] || WORTH.length));
+    return Math.max(best, WRITTEN);
+  });
+  const found = judged.filter(({ matches }) =>
+    matches.every((match, at) => match && match <= allowed[at]),
+  );
+  const worst = ({ matches }) => Math.max(0, ...matches);
+  const least = Math.min(...found.map(worst));
+  const rest = found
+    .filter((one) => worst(one) === least)
+    .map(({ entry, matches }) => {
+      const named = telling.filter((word) => entry.names.has(word)).length;
+      return { entry, worth: matches.reduce((sum, match) => sum + WORTH[match], named) };
+    });
+  return rest.sort((a, b) => b.worth - a.worth).map(({ entry }) => entry.name);
+}
