@@ -3,6 +3,10 @@
 // The inventory: the tables of `REPO_TABLES`, name by name, published before synthetic. The order
 // is part of the contract and differs from the order in which the body binds the tables.
 
+#include "payload/invariants.hpp"
+
+#include <algorithm>
+#include <span>
 #include <string_view>
 
 namespace marlune::tables {
@@ -75,5 +79,20 @@ inline constexpr std::string_view inventory_names[] = {
     "DummySD_SelectGen_d",
     "DummyEXIT_SelectGen_d",
 };
+
+using Names = std::span<const std::string_view>;
+
+// The inventory and the tables that the body binds are the same names, each once.
+constexpr void prove_inventory(Names inventory, Names bound) {
+  invariants::require(inventory.size() == bound.size(),
+                      "the inventory does not list as many tables as the body binds");
+  for (const std::string_view name : inventory) {
+    const auto times = std::ranges::count(bound, name);
+    invariants::require(times != 0, "the inventory lists a table that the body does not bind");
+    invariants::require(times == 1, "the body binds two tables under one name");
+    invariants::require(std::ranges::count(inventory, name) == 1,
+                        "the inventory lists a table twice");
+  }
+}
 
 } // namespace marlune::tables

@@ -14,28 +14,16 @@ namespace marlune::tables {
 
 namespace {
 
-constexpr std::size_t bound(std::string_view name) {
-  return static_cast<std::size_t>(std::ranges::count_if(body, [name](const Statement &statement) {
-    return statement.kind == Statement::Kind::table && statement.name == name;
-  }));
-}
-
-// The inventory and the body's tables are the same names, each once.
-constexpr bool inventory_is_complete() {
-  invariants::require(std::size(inventory_names) ==
-                          static_cast<std::size_t>(
-                              std::ranges::count(body, Statement::Kind::table, &Statement::kind)),
-                      "the inventory does not list as many tables as the body binds");
-  for (const std::string_view name : inventory_names) {
-    invariants::require(bound(name) != 0,
-                        "the inventory lists a table that the body does not bind");
-    invariants::require(bound(name) == 1, "the body binds two tables under one name");
-    invariants::require(std::ranges::count(inventory_names, name) == 1,
-                        "the inventory lists a table twice");
+static_assert([] {
+  Bounded<std::string_view, std::size(body)> bound;
+  for (const Statement &statement : body) {
+    if (statement.kind == Statement::Kind::table) {
+      bound.push_back(statement.name);
+    }
   }
+  prove_inventory(inventory_names, {bound.begin(), bound.end()});
   return true;
-}
-static_assert(inventory_is_complete());
+}());
 
 struct Resolved {
   Cookbook cookbook;

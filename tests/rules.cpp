@@ -1,6 +1,7 @@
 // Breaks every rule that payload descriptions are proved by, one after the other, and prints for each
 // break a part of the sentence that should answer it, a tab, and the answer.
 
+#include "inventory.hpp"
 #include "payload/decimals.hpp"
 #include "payload/invariants.hpp"
 #include "payload/key_orders.hpp"
@@ -21,6 +22,7 @@ Rates ages(Number at_65, Number at_66, Number at_67, Number at_68) {
 }
 const Rates first = ages(0.1, 0.2, 0.4, 1.0), second = ages(0.2, 0.3, 0.5, 1.0);
 const Rates ultimate = ages(0.3, 0.4, 0.6, 1.0), trend = ages(0.1, 0.01, 0.0, 0.0);
+constexpr std::string_view two[] = {"A", "B"}, other[] = {"A", "C"}, twice[] = {"A", "A"};
 constexpr Number half[] = {0.00000005};
 const Column qx_m = flat("qx_m", ultimate), mi_m = flat("mi_m", trend);
 const Column by_select =
@@ -180,6 +182,11 @@ int main() {
   BREAK("in a table that is not select", aggregate, t.data = (Columns{qx_m, no_ult}));
   BREAK("is not below the ultimate", selected, t.data = second_duration(0.2, 0.5, 0.6, 1.0));
   BREAK("nor that rate from there on", selected, t.data = second_duration(0.3, 0.3, 0.6, 1.0));
+
+  BREAK("does not list as many", fixed, prove_inventory(two, Names(two).first(1)));
+  BREAK("that the body does not bind", fixed, prove_inventory(two, other));
+  BREAK("binds two tables under", fixed, prove_inventory(two, Names(twice)));
+  BREAK("lists a table twice", fixed, prove_inventory(twice, two));
 
   // What a description cannot come to as long as the rest holds, and what rules are computed with.
   BREAK("nobody has heard of", fixed, Rates odd; odd.origin = Rates::Origin{99}; numbers_of(odd));
