@@ -30,13 +30,14 @@ HEAD = (
     "table", "column", "place", "unit", "order", "basis", "ages", "not published", "closing",
     "decimals", "verified", "digest",
 )  # fmt: skip
-# What a file may say; the rest would go unread.
+# What a file says, what is marked it has to; the rest would go unread.
 WORDS = {
-    "file": "title country issuer publication purpose reading grids default columns agreed facts"
-    " doubts",
-    "reading": "tables projection select",
-    "columns": "columns order basis place documents computed invented",
-    "doubts": "grade columns ages declared text reconstructed",
+    "family": "title! country issuer! publication! purpose! reading grids default columns! agreed"
+    " facts doubts",
+    "reading": "tables! projection select",
+    "columns": "columns! order! basis! place! documents! computed invented",
+    "doubts": "grade! columns! ages declared text! reconstructed",
+    "document": "what! copy read! sha256!",
 }
 
 
@@ -52,14 +53,30 @@ def expect(holds, *what):
 # ---- the files ----
 
 
+def read_toml(name):
+    try:
+        return tomllib.loads((FOLDER / name).read_text("utf-8"))
+    except tomllib.TOMLDecodeError as error:
+        raise ProvenanceError(f"{name}: {error}") from None
+
+
+def expect_words(kind, item, *where):
+    words = WORDS[kind].split()
+    strange = set(item) - {word.rstrip("!") for word in words}
+    expect(not strange, *where, kind, f"unknown words {sorted(strange)}")
+    missing = [word[:-1] for word in words if word.endswith("!") and word[:-1] not in item]
+    expect(not missing, *where, kind, f"says no {', '.join(missing)}")
+
+
 def read_family(path):
     """A family as its file says it."""
-    said = tomllib.loads(path.read_text("utf-8"))
+    said = read_toml(path.name)
+    expect_words("family", said, path.name)
     lists = {kind: said.get(kind, []) for kind in ("reading", "columns", "doubts")}
-    items = [("file", said), *((kind, each) for kind in lists for each in lists[kind])]
-    for kind, item in items:
-        strange = set(item) - set(WORDS[kind].split())
-        expect(not strange, path.name, kind, f"unknown words {sorted(strange)}")
+    default = said.get("default", {})
+    for kind, listed in lists.items():
+        for item in listed:
+            expect_words(kind, default | item if kind == "columns" else item, path.name)
     for doubt in lists["doubts"]:
         expect(doubt["grade"] in GRADES, path.name, f"no such grade: {doubt['grade']}")
     others = {"country": None, "grids": {}, "default": {}, "agreed": {}, "facts": {}}
@@ -177,7 +194,7 @@ def doubt_of(doubt, columns):
 
 def declared_ages(reason):
     """The ages at which a document has other figures for this reason, by column."""
-    for entry in tomllib.loads((FOLDER / "declared.toml").read_text("utf-8"))["declared"]:
+    for entry in read_toml("declared.toml")["declared"]:
         if entry["reason"] == reason:
             for column, figures in entry["figures"].items():
                 ages = [int(each.partition(":")[0]) for each in figures.split(",")]
@@ -251,7 +268,9 @@ def table_of(family, name, columns, doubts):
 def register():
     """Everything, as marlune/tables/data_tables_sources.json has it. Do not change it."""
     verified = last_verified()
-    documents = tomllib.loads((FOLDER / "documents.toml").read_text("utf-8"))
+    documents = read_toml("documents.toml")
+    for name, document in documents.items():
+        expect_words("document", document, name)
     read, tables, seen, used = families(), {}, {}, set()
     for family in read:
         columns = {

@@ -6,18 +6,23 @@ from pathlib import Path
 import pytest
 
 TOP = Path(__file__).resolve().parents[2]
+IDLE = "[[columns]]\ncolumns = 'X'\nplace = '-'\ndocuments = []\n"
 CHANGES = {
     "no purpose": ("pasem2010", "PASEM2010 =", "PASEM2011 =", "PASEM2010: 0 files"),
     "two purposes": ("am92", "AM92_AF92 =", "GAM71 = 'x'\nAM92_AF92 =", "GAM71: 2 files"),
     "purpose of no table": ("gam", "[purpose]", "[purpose]\nGAM72 = 'x'", "no table GAM72"),
     "column without a place": ("gam", '"GAM71 qx_m"', '"GAM71 qx_f"', "GAM71 qx_m: matched by 0"),
-    "place of no column": ("swiss", "[agreed]", "[[columns]]\ncolumns='X'\n[agreed]", "no column"),
+    "place of no column": ("swiss", "[agreed]", IDLE + "[agreed]", "no column is like"),
     "no reading": ("per2020", "PER2020_*", "PER2020_Ind*", "projection: matched by 0"),
     "unknown grade": ("am92", '"completion"', '"doubtful"', "no such grade: doubtful"),
     "unknown word": ("am92", "grade =", "degree =", "unknown words ['degree']"),
+    "missing word": ("am92", 'text = "Duration 0', '# "', "says no text"),
+    "no place": ("swiss", 'place = "SOA', '# "', "says no place"),
+    "no digest": ("documents", "sha256 =", "# =", "says no sha256"),
+    "no TOML": ("am92", "[facts]", "[facts", "am92.toml: "),
     "doubt about no column": ("am92", "qx_?.0", "qx_?.9", "about no column"),
     "document that nobody knows": ("am92", '"t2360.xml"', '"t2361.csv"', "t2361.csv"),
-    "document that nobody uses": ("documents", '["t818.xml"]', '["a"]\n["t818.xml"]', "{'a'}"),
+    "document that nobody uses": ("documents", '["t818.xml"]', '["t818.pdf"]', "t818.pdf"),
     "years in no grid": ("dav2004r", '"2005-2023", ', "", "MI_?.2005-2023"),
 }
 
