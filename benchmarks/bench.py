@@ -17,14 +17,13 @@ import sys
 from pathlib import Path
 from statistics import median
 
-sys.dont_write_bytecode = True
 import contenders
-from contenders import here, project, say
+from contenders import PROJECT, say
 
-bench = project / "build" / "bench"
+BENCH = PROJECT / "build" / "bench"
 
 # What the module is to reach: medians, as ours / theirs.
-aims = {
+AIMS = {
     ("import", "byte code"): 0.28,
     ("import", "Cython"): 0.65,
     ("import", "floor"): 0.80,
@@ -32,15 +31,15 @@ aims = {
     ("private", "byte code"): 0.85,
     ("private", "Cython"): 0.85,
 }
-largest_extension = 300_000
-sizes = (1, 2, 4)
+LARGEST_EXTENSION = 300_000
+SIZES = (1, 2, 4)
 
 
 def child(mode, each, *before, **settings):
     """Runs child.py on a contender in a fresh interpreter."""
     env = os.environ | {"PYTHONPATH": str(each.folder), "PYTHONDONTWRITEBYTECODE": "1"} | settings
-    command = [*before, sys.executable, bench / "child.pyc", mode, each.kind, each.file]
-    done = subprocess.run(command, env=env, capture_output=True, text=True)
+    command = [*before, sys.executable, BENCH / "child.pyc", mode, each.kind, each.file]
+    done = subprocess.run(command, env=env, capture_output=True, text=True, check=False)
     if done.returncode != 0:
         sys.exit(f"bench: {each.name}, {mode}:\n{done.stdout}{done.stderr}")
     return done
@@ -54,8 +53,10 @@ def answer(mode, each, *before, **settings):
 def undisturbed():
     """What keeps other processes off the core that measures, where the kernel grants it."""
     command = ("chrt", "--fifo", "1")
-    granted = (shutil.which(command[0]) and
-               subprocess.run([*command, "true"], capture_output=True).returncode == 0)
+    granted = (
+        shutil.which(command[0])
+        and subprocess.run([*command, "true"], capture_output=True, check=False).returncode == 0
+    )
     if not granted:
         say("measuring without real-time priority, which takes root or CAP_SYS_NICE")
     return command if granted else ()
@@ -73,6 +74,7 @@ def verify(found, shape):
 
 def measure(found, rounds):
     """Every contender once a round, in an order that rotates; the first round only warms up."""
+    os.sync()  # a file just written has dirty pages, which would count as private
     measured = [[] for _ in found]
     for turn in range(rounds + 1):
         for place in range(len(found)):
@@ -97,34 +99,48 @@ def instructions(each):
     return count("run") - count("idle")
 
 
-def compare(found, rounds):
-    counter = contenders.compiled(bench / "counter.so", here / "counter.c")
-    measured = measure(found, rounds)
-    return [{
-        "name": each.name,
+def costs(each, results, counter):
+    """Medians, and what one process is enough for."""
+    return {key: median(result[key] for result in results) for key in results[0]} | {
         "minimum": min(result["import"] for result in results),
-        "median": {key: median(result[key] for result in results) for key in results[0]},
-        "ratio": median_ratios(measured[0], results),
         "instructions": instructions(each),
-        "on disk": each.file.stat().st_size,
+        "bytes": each.file.stat().st_size,
         "float": answer("shape", each)["float"],
-    } | answer("count", each, LD_PRELOAD=str(counter)) for each, results in zip(found, measured)]
+        **answer("count", each, LD_PRELOAD=str(counter)),
+    }
+
+
+def compare(found, rounds):
+    counter = contenders.compiled(BENCH / "counter.so", contenders.HERE / "counter.c")
+    measured = measure(found, rounds)
+    table = []
+    for each, results in zip(found, measured):
+        cost = costs(each, results, counter)
+        ours = table[0]["cost"] if table else cost
+        ratio = {key: ours[key] / cost[key] for key in ("minimum", "instructions", "bytes")}
+        ratio |= median_ratios(measured[0], results)
+        table.append({"name": each.name, "cost": cost, "ratio": ratio})
+    return table
 
 
 def growth(grown, rounds):
     """What each contender costs, as multiples of its own cost with the smallest catalogue."""
-    of_size = [contenders.contenders(bench / f"grown-{size}", file, cython=False)
-               for size, file in zip(sizes, grown)]
+    of_size = [
+        contenders.contenders(BENCH / f"grown-{size}", file, cython=False)
+        for size, file in zip(SIZES, grown)
+    ]
     for found, shape in of_size:
         verify(found, shape)
     measured = measure([each for found, _ in of_size for each in found], rounds)
     smallest = of_size[0][0]
     rows = {}
     for index, each in enumerate(smallest):
-        series = measured[index::len(smallest)]
+        series = measured[index :: len(smallest)]
         fastest = [min(result["import"] for result in results) for results in series]
-        rows[each.name] = [median_ratios(results, series[0]) | {"minimum": minimum / fastest[0]}
-                           for results, minimum in zip(series, fastest)]
+        rows[each.name] = [
+            median_ratios(results, series[0]) | {"minimum": minimum / fastest[0]}
+            for results, minimum in zip(series, fastest)
+        ]
     return {"shapes": [shape for _, shape in of_size], "rows": rows}
 
 
@@ -137,73 +153,109 @@ def print_columns(title, head, rows):
 
 
 def print_comparison(table):
-    print_columns(
+    def cost(key, scale=1, digits=0):
+        return [f"{row['cost'][key] / scale:.{digits}f}" for row in table]
+
+    def ratio(key):
+        return [f"{row['ratio'][key]:.2f}" for row in table]
+
+    def show(title, *columns):
+        heads, cells = zip(("", [row["name"] for row in table]), *columns)
+        print_columns(title, heads, list(zip(*cells)))
+
+    show(
         "Import; ratios are ours / theirs",
-        ["", "ms, minimum", "ratio", "median", "ratio", "instructions", "ratio", "page faults"],
-        [[row["name"], f"{row['minimum'] / 1e6:.2f}", f"{table[0]['minimum'] / row['minimum']:.2f}",
-          f"{row['median']['import'] / 1e6:.2f}", f"{row['ratio']['import']:.2f}",
-          f"{row['instructions']}",
-          f"{table[0]['instructions'] / row['instructions']:.2f}", f"{row['median']['faults']:.0f}"]
-         for row in table])
-    print_columns(
+        ("ms, minimum", cost("minimum", 1e6, 3)),
+        ("ratio", ratio("minimum")),
+        ("median", cost("import", 1e6, 3)),
+        ("ratio", ratio("import")),
+        ("instructions", cost("instructions")),
+        ("ratio", ratio("instructions")),
+        ("page faults", cost("faults")),
+    )
+    memory = ("resident", "private", "peak")
+    show(
         "Memory added, in KiB; ratios are ours / theirs",
-        ["", "resident", "ratio", "private", "ratio", "peak", "ratio"],
-        [[row["name"], *(text for key in ("resident", "private", "peak")
-                         for text in (f"{row['median'][key]:.0f}", f"{row['ratio'][key]:.2f}"))]
-         for row in table])
-    print_columns(
+        *(
+            (head, cells)
+            for key in memory
+            for head, cells in ((key, cost(key)), ("ratio", ratio(key)))
+        ),
+    )
+    show(
         "Allocations and size",
-        ["", "floats held", "allocations", "kept", "malloc calls", "bytes on disk"],
-        [[row["name"], f"{row['float']}", f"{row['made']}", f"{row['median']['kept']:.0f}",
-          f"{row['malloc']}", f"{row['on disk']}"] for row in table])
+        ("floats held", cost("float")),
+        ("allocations", cost("made")),
+        ("kept", cost("kept")),
+        ("malloc calls", cost("malloc")),
+        ("bytes on disk", cost("bytes")),
+    )
 
 
 def print_aims(table):
     ratios = {row["name"]: row["ratio"] for row in table}
-    found = [(f"{key}, ours / {name}", f"{ratios[name][key]:.2f}", f"{aim:.2f}",
-              ratios[name][key] <= aim)
-             for (key, name), aim in aims.items() if name in ratios]
-    size = table[0]["on disk"]
-    found.append(("bytes of the extension", f"{size}", f"{largest_extension}",
-                  size <= largest_extension))
-    print_columns("Aims, medians", ["", "is", "at most", ""],
-                  [[*cells, "reached" if reached else "missed"] for *cells, reached in found])
+    found = [
+        (f"{key}, ours / {name}", ratios[name][key], aim, ".2f")
+        for (key, name), aim in AIMS.items()
+        if name in ratios
+    ]
+    found.append(("bytes of the extension", table[0]["cost"]["bytes"], LARGEST_EXTENSION, ","))
+    lines = [
+        (what, format(is_now, form), format(aim, form), "reached" if is_now <= aim else "missed")
+        for what, is_now, aim, form in found
+    ]
+    print_columns("Aims, medians", ("", "is", "at most", ""), lines)
 
 
 def print_growth(grown):
     keys = ("minimum", "resident", "faults")
-    rows = [[name, *(f"{row[key]:.2f}" for key in keys for row in series)]
-            for name, series in grown["rows"].items()]
+    rows = [
+        [name, *(f"{row[key]:.2f}" for key in keys for row in series)]
+        for name, series in grown["rows"].items()
+    ]
     titles = ("import", "resident", "faults")
-    print_columns("Growth, as multiples of the smallest catalogue; the import by its minimum",
-                  ["", *(f"{title} x{size}" for title in titles for size in sizes)], rows)
-    print_columns("What the grown catalogues hold, as multiples",
-                  ["", *(f"x{size}" for size in sizes)],
-                  [[kind, *(f"{shape[kind] / smallest:.2f}" for shape in grown["shapes"])]
-                   for kind, smallest in grown["shapes"][0].items()])
+    print_columns(
+        "Growth, as multiples of the smallest catalogue; the import by its minimum",
+        ["", *(f"{title} x{size}" for title in titles for size in SIZES)],
+        rows,
+    )
+    print_columns(
+        "What the grown catalogues hold, as multiples",
+        ["", *(f"x{size}" for size in SIZES)],
+        [
+            [kind, *(f"{shape[kind] / smallest:.2f}" for shape in grown["shapes"])]
+            for kind, smallest in grown["shapes"][0].items()
+        ],
+    )
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--rounds", type=int, help="fresh processes of each contender (40)")
     parser.add_argument("--json", type=Path, metavar="FILE", help="write all results there as well")
-    parser.add_argument("--quick", action="store_true",
-                        help="5 rounds unless told, neither growth nor what is long to compile")
+    parser.add_argument(
+        "--quick",
+        action="store_true",
+        help="5 rounds unless told, neither growth nor what is long to compile",
+    )
     options = parser.parse_args()
     rounds = options.rounds or (5 if options.quick else 40)
 
     from marlune.tables import data_tables
 
-    py_compile.compile(here / "child.py", bench / "child.pyc", doraise=True)
+    py_compile.compile(contenders.HERE / "child.py", BENCH / "child.pyc", doraise=True)
     with concurrent.futures.ThreadPoolExecutor() as pool:
-        grown = [pool.submit(contenders.grown, bench / f"grown-{size}", size)
-                 for size in sizes if not options.quick]
-        found, shape = contenders.contenders(bench, Path(data_tables.__file__), not options.quick)
+        grown = [
+            pool.submit(contenders.grown, BENCH / f"grown-{size}", size)
+            for size in SIZES
+            if not options.quick
+        ]
+        found, shape = contenders.contenders(BENCH, Path(data_tables.__file__), not options.quick)
     verify(found, shape)
     say(f"{rounds} rounds of {len(found)} contenders")
     results = {"rounds": rounds, "shape": shape, "contenders": compare(found, rounds)}
     if grown:
-        say(f"{rounds} rounds of catalogues of {len(sizes)} sizes")
+        say(f"{rounds} rounds of catalogues of {len(SIZES)} sizes")
         results["growth"] = growth([each.result() for each in grown], rounds)
 
     print("The module holds", ", ".join(f"{n} {kind}" for kind, n in shape.items()))

@@ -12,13 +12,13 @@ import sys
 from time import perf_counter_ns
 
 
-def load_module():
+def load_module(_packages):
     from marlune.tables import data_tables
 
     return data_tables
 
 
-def load_pickle():
+def load_pickle(pickle):
     with open(sys.argv[3], "rb") as file:
         return pickle.load(file)
 
@@ -35,12 +35,12 @@ def rebuilt(document):
     return document["tables"]
 
 
-def load_json():
+def load_json(json):
     with open(sys.argv[3], encoding="utf-8") as file:
         return rebuilt(json.load(file))
 
 
-def load_orjson():
+def load_orjson(orjson):
     with open(sys.argv[3], "rb") as file:
         return rebuilt(orjson.loads(file.read()))
 
@@ -81,8 +81,10 @@ def digest(tables):
 def shape(root):
     """How many objects of each kind there are, and how many references the lists and dicts hold."""
     found = walk(root)
-    counts = {kind.__name__: sum(type(each) is kind for each in found)
-              for kind in (float, int, str, list, dict)}
+    counts = {
+        kind.__name__: sum(type(each) is kind for each in found)
+        for kind in (float, int, str, list, dict)
+    }
     counts["list slots"] = sum(len(each) for each in found if type(each) is list)
     counts["dict entries"] = sum(len(each) for each in found if type(each) is dict)
     return counts
@@ -114,8 +116,14 @@ def measure(load):
     faults = getrusage(RUSAGE_SELF).ru_minflt - faults
     after, blocks, high = memory(), sys.getallocatedblocks() - blocks, peak() - high
     del held
-    return {"import": end - start, "faults": faults, "resident": after[0] - resident,
-            "private": after[1] - private, "peak": high, "kept": blocks}
+    return {
+        "import": end - start,
+        "faults": faults,
+        "resident": after[0] - resident,
+        "private": after[1] - private,
+        "peak": high,
+        "kept": blocks,
+    }
 
 
 def count(load):
@@ -145,24 +153,21 @@ def check_shape(load):
     return shape(tables_of(load()))
 
 
-loads = {"module": load_module, "pickle": load_pickle, "json": load_json, "orjson": load_orjson}
-modes = {"measure": measure, "count": count, "check": check, "shape": check_shape}
+LOADS = {"module": load_module, "pickle": load_pickle, "json": load_json, "orjson": load_orjson}
+MODES = {"measure": measure, "count": count, "check": check, "shape": check_shape}
 
 
 def main(mode, kind):
     # Beside the module itself nothing that it is loaded with belongs to the cost.
-    if kind == "module":
-        import marlune.tables
-    else:
-        globals()[kind] = __import__(kind)
+    library = __import__("marlune.tables" if kind == "module" else kind)
     # The collector stays on, but what was before does not decide whether it runs during the load.
     gc.collect()
     if mode == "idle":
         os._exit(0)
     if mode == "run":  # for instruction counts: nothing but the load, and no farewell
-        loads[kind]()
+        LOADS[kind](library)
         os._exit(0)
-    print(repr(modes[mode](loads[kind])))
+    print(repr(MODES[mode](lambda: LOADS[kind](library))))
 
 
 if __name__ == "__main__":

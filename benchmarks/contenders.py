@@ -13,10 +13,10 @@ from pathlib import Path
 
 from child import shape, walk
 
-here = Path(__file__).resolve().parent
-project = here.parent
-module_file = Path("marlune", "tables", "data_tables")
-extension = module_file.with_suffix(sysconfig.get_config_var("EXT_SUFFIX"))
+HERE = Path(__file__).resolve().parent
+PROJECT = HERE.parent
+MODULE_FILE = Path("marlune", "tables", "data_tables")
+EXTENSION = MODULE_FILE.with_suffix(sysconfig.get_config_var("EXT_SUFFIX"))
 
 
 @dataclass
@@ -32,7 +32,7 @@ def say(text):
 
 
 def run(*command):
-    done = subprocess.run([*map(str, command)], capture_output=True, text=True)
+    done = subprocess.run([*map(str, command)], capture_output=True, text=True, check=False)
     if done.returncode != 0:
         sys.exit(f"bench: {' '.join(map(str, command))}\n{done.stdout}{done.stderr}")
 
@@ -94,8 +94,9 @@ def json_document(tables):
         name: payload | {"data": {key: place(column) for key, column in payload["data"].items()}}
         for name, payload in tables.items()
     }
-    return json.dumps({"columns": columns, "tables": placed}, ensure_ascii=False,
-                      separators=(",", ":"))
+    return json.dumps(
+        {"columns": columns, "tables": placed}, ensure_ascii=False, separators=(",", ":")
+    )
 
 
 def shape_header(held):
@@ -116,8 +117,10 @@ def shape_header(held):
 def limit_header(held):
     """The constants of the limit, and its program, in C."""
     found = walk(held)
-    of_kind = {kind: list(dict.fromkeys(each for each in found if type(each) is kind))
-               for kind in (float, str, int)}
+    of_kind = {
+        kind: list(dict.fromkeys(each for each in found if type(each) is kind))
+        for kind in (float, str, int)
+    }
     constants = [None, False, True, *of_kind[str], *of_kind[int]]
     number = {(type(each), each): place for place, each in enumerate(constants)}
     float_number = {each: place for place, each in enumerate(of_kind[float])}
@@ -153,11 +156,19 @@ def limit_header(held):
         units += bytes(len(units) % 2)
 
     bindings = [of(each) for entry in held.items() if not callable(entry[1]) for each in entry]
-    arrays = {"ints": of_kind[int], "units": units, "texts": texts, "slots": slots,
-              "program": program, "bindings": bindings}
+    arrays = {
+        "ints": of_kind[int],
+        "units": units,
+        "texts": texts,
+        "slots": slots,
+        "program": program,
+        "bindings": bindings,
+    }
     types = ("unsigned char", "unsigned short", "int")
-    lines = [f"enum {{ containers = {len(made)} }};",
-             f"static const double values[] = {{{', '.join(map(float.hex, of_kind[float]))}}};"]
+    lines = [
+        f"enum {{ containers = {len(made)} }};",
+        f"static const double values[] = {{{', '.join(map(float.hex, of_kind[float]))}}};",
+    ]
     for name, array in arrays.items():
         kind = types[(max(array) > 0xFF) + (max(array) > 0xFFFF)]
         lines.append(f"_Alignas(2) static const {kind} {name}[] = {{{str(list(array))[1:-1]}}};")
@@ -180,17 +191,22 @@ def contenders(folder, own, cython):
     """All of them, made in the folder from the extension `own`; and the shape of what it holds."""
     module = imported(own)
     tables = module.REPO_TABLES
-    held = {name: value for name, value in vars(module).items()
-            if name == "__test__" or not name.startswith("__")}
+    held = {
+        name: value
+        for name, value in vars(module).items()
+        if name == "__test__" or not name.startswith("__")
+    }
 
-    source = write(folder / "bytecode" / module_file.with_suffix(".py"), python_source(tables))
+    source = write(folder / "bytecode" / MODULE_FILE.with_suffix(".py"), python_source(tables))
     byte_code = Path(py_compile.compile(str(source), doraise=True))
-    found = [Contender("ours", "module", own, own.parents[2]),
-             Contender("byte code", "module", byte_code, folder / "bytecode")]
+    found = [
+        Contender("ours", "module", own, own.parents[2]),
+        Contender("byte code", "module", byte_code, folder / "bytecode"),
+    ]
 
     if cython:
         plain = write(folder / "cython/source/data_tables.py", source.read_bytes())
-        c_file, target = folder / "cython/source/data_tables.c", folder / "cython" / extension
+        c_file, target = folder / "cython/source/data_tables.c", folder / "cython" / EXTENSION
         if not c_file.exists() or c_file.stat().st_mtime < plain.stat().st_mtime:
             say("compiling with Cython (some minutes, once)")
             run("cython3", "-3", plain, "-o", c_file)
@@ -198,15 +214,19 @@ def contenders(folder, own, cython):
 
     pickled = write(folder / "tables.pickle", pickle.dumps(tables, protocol=5))
     document = write(folder / "tables.json", json_document(tables))
-    found += [Contender("pickle", "pickle", pickled, folder),
-              Contender("json", "json", document, folder),
-              Contender("orjson", "orjson", document, folder)]
+    found += [
+        Contender("pickle", "pickle", pickled, folder),
+        Contender("json", "json", document, folder),
+        Contender("orjson", "orjson", document, folder),
+    ]
 
-    for name, header, content in (("limit", "tables.h", limit_header(held)),
-                                  ("floor", "shape.h", shape_header(held))):
-        c_file = write(folder / name / f"source/{name}.c", (here / f"{name}.c").read_bytes())
+    for name, header, content in (
+        ("limit", "tables.h", limit_header(held)),
+        ("floor", "shape.h", shape_header(held)),
+    ):
+        c_file = write(folder / name / f"source/{name}.c", (HERE / f"{name}.c").read_bytes())
         header = write(folder / name / "source" / header, content)
-        target = compiled(folder / name / extension, c_file, header)
+        target = compiled(folder / name / EXTENSION, c_file, header)
         found.append(Contender(name, "module", target, folder / name))
     return found, shape(held)
 
@@ -220,14 +240,17 @@ def replaced(text, pattern, replacement):
 
 def grown(folder, factor):
     """The module built from a copy of its sources that binds every table `factor` times."""
-    sources = {path.relative_to(project).as_posix(): path.read_text()
-               for path in [project / "CMakeLists.txt", *project.glob("tables/**/*.*p*")]}
-    sources["tables/grown.hpp"] = (here / "grown.hpp").read_text()
+    sources = {
+        path.relative_to(PROJECT).as_posix(): path.read_text()
+        for path in [PROJECT / "CMakeLists.txt", *PROJECT.glob("tables/**/*.*p*")]
+    }
+    sources["tables/grown.hpp"] = (HERE / "grown.hpp").read_text()
 
     def change(name, pattern, replacement):
         sources[name] = replaced(sources[name], pattern, replacement)
 
-    body, inventory, recipes = "tables/body.hpp", "tables/inventory.hpp", "tables/payload/recipes.hpp"
+    body, inventory = "tables/body.hpp", "tables/inventory.hpp"
+    recipes = "tables/payload/recipes.hpp"
     copies, statements = [], []
     names = re.findall(r'^    "(.*)",$', sources[inventory], re.MULTILINE)
     bound = re.findall(r"^    (table|call)\((.*)\),$", sources[body], re.MULTILINE)
@@ -237,15 +260,23 @@ def grown(folder, factor):
                 statements.append("    call(" + name.replace('",', f'_{copy}",', 1) + "),")
                 continue
             own = name.split("::")[1] + f"_{copy}"
-            copies.append(f"inline constexpr Payload {own} = grown::copy_of<{name}, {copy}>("
-                          f'"{own}", "_DAV2004R_DATA_{copy}");')
+            copies.append(
+                f"inline constexpr Payload {own} = grown::copy_of<{name}, {copy}>("
+                f'"{own}", "_DAV2004R_DATA_{copy}");'
+            )
             statements.append(f"    table({own}),")
     change(body, r"^namespace", '#include "grown.hpp"\n\nnamespace')
     change(body, r"^inline constexpr Statement body", "\n".join([*copies, "", r"\g<0>"]))
     change(body, r"^    inventory\(", "\n".join([*statements, "    inventory("]))
-    change(inventory, r'(^    ".*",\n)+', "".join(
-        f'    "{name}{suffix}",\n' for suffix in ["", *(f"_{n}" for n in range(1, factor))]
-        for name in names))
+    change(
+        inventory,
+        r'(^    ".*",\n)+',
+        "".join(
+            f'    "{name}{suffix}",\n'
+            for suffix in ["", *(f"_{n}" for n in range(1, factor))]
+            for name in names
+        ),
+    )
     # Room for more; indices of 32 bits, because 16 do not reach.
     change(recipes, "tables = 100;", f"tables = {factor} * 100;")
     change(recipes, "using Index = std::uint16_t", "using Index = std::uint32_t")
@@ -254,9 +285,17 @@ def grown(folder, factor):
         write(folder / "source" / name, text)
     build = folder / "build"
     if not (build / "build.ninja").exists():
-        run("cmake", "-S", folder / "source", "-B", build, "-G", "Ninja",
+        run(
+            "cmake",
+            "-S",
+            folder / "source",
+            "-B",
+            build,
+            "-G",
+            "Ninja",
             "-DCMAKE_BUILD_TYPE=Release",
             # More than the compiler grants the module itself.
-            "-DCMAKE_CXX_FLAGS=-fconstexpr-ops-limit=1000000000")
+            "-DCMAKE_CXX_FLAGS=-fconstexpr-ops-limit=1000000000",
+        )
     run("cmake", "--build", build)
-    return build / extension
+    return build / EXTENSION
