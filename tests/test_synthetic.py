@@ -1,7 +1,6 @@
 """The synthetic tables: telling values of the rules that make them, and rounding."""
 
 import math
-import runpy
 import subprocess
 from pathlib import Path
 from random import Random
