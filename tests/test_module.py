@@ -321,9 +321,10 @@ def test_module_is_built_for_this_interpreter():
 
 
 def test_installation_leaves_room_for_the_rest_of_the_package():
-    folder = Path(module.__file__).parent
-    assert folder.parts[-2:] == ("marlune", "tables")
-    assert {path.name for path in folder.iterdir()} == {
-        "data_tables.pyi", "data_tables_sources.json", "py.typed", Path(module.__file__).name
-    }  # fmt: skip
-    assert [path.name for path in folder.parent.iterdir()] == ["tables"]
+    folder = Path(module.__file__).parents[2]
+    assert {str(path.relative_to(folder)) for path in folder.rglob("*") if path.is_file()} == {
+        f"marlune/tables/{Path(module.__file__).name}",
+        "marlune/tables/data_tables_sources.json",
+        "marlune-stubs/tables/data_tables.pyi",
+        "marlune-stubs/py.typed",
+    }

@@ -24,7 +24,7 @@ say 'checking the stub against the module'
 aliases=build/stubtest-allowlist
 sed -n 's/^type \([A-Z][A-Za-z]*\) = .*/marlune.tables.data_tables.\1/p' \
   marlune/tables/data_tables.pyi >"$aliases"
-MYPYPATH=build/$preset/installed python_of "$preset" -m mypy.stubtest --concise \
+MYPYPATH=. python_of "$preset" -m mypy.stubtest --concise \
   --mypy-config-file pyproject.toml --allowlist "$aliases" marlune.tables.data_tables \
   >build/stubtest.log || { cat build/stubtest.log >&2; fail 'the stub and the module disagree'; }
 

@@ -59,11 +59,11 @@ assert marlune.TableBuilder and importlib.util.find_spec("marlune.tables.data_ta
 """
 
 
-def run(*command: str | Path, cwd: Path = TOP, **settings: str) -> str:
+def run(*command: str | Path, cwd: Path = TOP) -> str:
     """What the command prints. It sees no other build of the module, nor settings of the caller."""
     environment = {key: value for key, value in os.environ.items() if not key.startswith("PYTHON")}
     done = subprocess.run(
-        command, cwd=cwd, env=environment | settings, capture_output=True, text=True, check=False
+        command, cwd=cwd, env=environment, capture_output=True, text=True, check=False
     )
     if done.returncode != 0:
         print(done.stdout, done.stderr, sep="", file=sys.stderr)
@@ -71,9 +71,9 @@ def run(*command: str | Path, cwd: Path = TOP, **settings: str) -> str:
     return done.stdout
 
 
-def pip(*arguments: str | Path, **settings: str) -> None:
+def pip(*arguments: str | Path) -> None:
     options = ("--isolated", "--quiet", "--disable-pip-version-check")
-    run(sys.executable, "-m", "pip", *options, *arguments, **settings)
+    run(sys.executable, "-m", "pip", *options, *arguments)
 
 
 def git(*arguments: str) -> str:
@@ -96,22 +96,22 @@ def system_tag(module: Path) -> tuple[str, list[str]]:
     return f"manylinux_{major}_{minor}_{machine}", sorted(names)
 
 
-def make_wheel(source: Path, folder: Path, systems: str = "", **settings: str) -> Path:
+def make_wheel(source: Path, folder: Path, systems: str = "") -> Path:
     """The wheel that pip builds from a source distribution or a folder, and fetches nothing."""
     with TemporaryDirectory() as made:
         options = ("--no-index", "--no-build-isolation", "--wheel-dir", made)
-        pip("wheel", *options, source, **settings)
+        pip("wheel", *options, source)
         (wheel,) = Path(made).iterdir()
         if systems:
             tag = ("tags", "--remove", "--platform-tag", systems, wheel)
-            run(sys.executable, "-m", "wheel", *tag, **settings)
+            run(sys.executable, "-m", "wheel", *tag)
             (wheel,) = Path(made).iterdir()
         folder.mkdir(parents=True, exist_ok=True)
         (folder / wheel.name).write_bytes(wheel.read_bytes())
     return folder / wheel.name
 
 
-def make_source_distribution(folder: Path, **settings: str) -> Path:
+def make_source_distribution(folder: Path) -> Path:
     """All that git holds, as it is in the working tree, and nothing else."""
     held = set(git("ls-files", "-z").rstrip("\0").split("\0"))
     backend = "import sys, scikit_build_core.build as b; print('\\n' + b.build_sdist(sys.argv[1]))"
@@ -119,7 +119,7 @@ def make_source_distribution(folder: Path, **settings: str) -> Path:
         for name in held:
             (Path(copy) / name).parent.mkdir(parents=True, exist_ok=True)
             shutil.copy2(TOP / name, Path(copy) / name, follow_symlinks=False)
-        made = run(sys.executable, "-c", backend, folder, cwd=Path(copy), **settings).split()[-1]
+        made = run(sys.executable, "-c", backend, folder, cwd=Path(copy)).split()[-1]
     with tarfile.open(folder / made) as archive:
         packed = {name.partition("/")[2] for name in archive.getnames()}
     assert packed == held | {"PKG-INFO"}, packed ^ held
@@ -131,13 +131,13 @@ def prove_contents(wheel: Path, built: Path) -> list[str]:
     project = tomllib.loads((TOP / "pyproject.toml").read_text("utf-8"))["project"]
     with ZipFile(wheel) as archive:
         files = [name for name in archive.namelist() if ".dist-info/" not in name]
-        assert sorted(files) == [
-            f"marlune/tables/{name}"
-            for name in (built.name, "data_tables.pyi", "data_tables_sources.json", "py.typed")
-        ], files
+        installed = built.parents[2]
+        assert set(files) == {
+            str(path.relative_to(installed)) for path in installed.rglob("*") if path.is_file()
+        }, files
         for name in files:
-            same = archive.read(name) == built.with_name(Path(name).name).read_bytes()
-            assert same, f"{name} is not the one in {built.parent}"
+            same = archive.read(name) == (installed / name).read_bytes()
+            assert same, f"{name} is not the one in {installed}"
         (metadata,) = (name for name in archive.namelist() if name.endswith("/METADATA"))
         told = message_from_bytes(archive.read(metadata))
     assert (told["Name"], told["Version"]) == (project["name"], project["version"])
@@ -195,12 +195,12 @@ def main() -> None:
     assert spec and spec.origin, "run by ./dev wheel, with a build to compare with"
     systems, names = system_tag(Path(spec.origin))
     # What is packed is as old as the commit, whenever it is packed.
-    date = {"SOURCE_DATE_EPOCH": git("log", "-1", "--format=%ct").strip()}
-    source = make_source_distribution(folder, **date)
-    wheel = make_wheel(source, folder, systems, **date)
+    os.environ["SOURCE_DATE_EPOCH"] = git("log", "-1", "--format=%ct").strip()
+    source = make_source_distribution(folder)
+    wheel = make_wheel(source, folder, systems)
     with TemporaryDirectory() as again:
-        source_again = make_source_distribution(Path(again), **date)
-        wheel_again = make_wheel(source_again, Path(again), systems, **date)
+        source_again = make_source_distribution(Path(again))
+        wheel_again = make_wheel(source_again, Path(again), systems)
         for first, second in (source, source_again), (wheel, wheel_again):
             assert first.name == second.name and first.read_bytes() == second.read_bytes(), first
             print(sha256(first.read_bytes()).hexdigest(), first)

@@ -152,8 +152,11 @@ class _Repository(dict[TableName, TablePayload]):
     @overload
     def get[T](self, name: str, default: T, /) -> TablePayload | T: ...
 
-# The tables by attribute name, published before synthetic.
 REPO_TABLES: Tables
+"""The payloads of all tables by name, published before synthetic; each is the attribute's own.
+
+KeyError for a name that is no table's; `TableName` lists all, `get` takes any text.
+"""
 
 # The data of the DAV 2004 R tables.
 _DAV2004R_DATA: dict[str, Mapping[ColumnName, Column]]

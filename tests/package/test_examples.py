@@ -127,8 +127,14 @@ def safe_copy():
     return ["PASEM2010, males plus 10 % - q65 = 0.0139733", "PASEM2010 - q65 = 0.012703"]
 
 
+def hand_over():
+    return ["PER2020_Ind_1er.orden to 119: qx_f, mi_f, qx_m, mi_m; 8 others",
+            "92 Series Combined (AM92 & AF92) Select-Ultimate Mortality Table to 120:"
+            " qx_m, qx_f; 8 others", "still there: True"]  # fmt: skip
+
+
 EXAMPLES = [generational_annuity, select_life, projected_life, annuity_by_trend,
-            arrays_and_frames, safe_copy]  # fmt: skip
+            arrays_and_frames, safe_copy, hand_over]  # fmt: skip
 
 
 @pytest.mark.parametrize("expected", EXAMPLES)

@@ -14,6 +14,7 @@ import pytest
 import marlune.tables.data_tables as module
 
 TOP = Path(__file__).resolve().parents[2]
+STAND_IN = TOP / "tests" / "package" / "stand_in"
 PYRIGHT = Path(os.environ["DATA_TABLES_NPM"]) / "pyright" / "index.js"
 
 GOOD = """
@@ -92,7 +93,7 @@ GAM71["omega"] = 120
 """
 # The page about types shows both, in a block each.
 PAGE = (TOP / "docs" / "types.md").read_text()
-MIXED, USE = re.findall(r"^```py(?:thon)?\n(.*?)^```", PAGE, re.M | re.S)
+MIXED, USE, HAND_OVER = re.findall(r"^```py(?:thon)?\n(.*?)^```", PAGE, re.M | re.S)
 MISTAKES = {
     ("bad.py", number)
     for number, line in enumerate(BAD.splitlines(), 1)
@@ -102,24 +103,30 @@ MISTAKES |= {
     ("mixed.py", number) for number, line in enumerate(MIXED.splitlines(), 1) if "# error" in line
 }
 FILES = {"good.py": GOOD, "use.py": USE, "bad.py": BAD, "mixed.py": MIXED}
+FILES["beside.py"] = f"""
+from marlune import TableBuilder
+from marlune.tables.data_tables import REPO_TABLES
+{HAND_OVER}"""
 
 
-@pytest.fixture(scope="module", params=["namespace", "package"])
+@pytest.fixture(scope="module", params=["alone", "beside"])
 def environment(request, tmp_path_factory):
-    """A virtual environment with the module installed, with and without __init__.py beside it."""
+    """A virtual environment with the module installed, alone or beside the rest of marlune."""
     folder = tmp_path_factory.mktemp(request.param)
     options = ("--without-pip", "--system-site-packages")
     subprocess.run([sys.executable, "-m", "venv", *options, folder / "venv"], check=True)
     (site,) = (folder / "venv" / "lib").glob("python3.14/site-packages")
-    installed = Path(module.__file__).parents[1]
-    shutil.copytree(installed, site / "marlune", ignore=shutil.ignore_patterns("__pycache__"))
-    if request.param == "package":
-        (site / "marlune" / "__init__.py").touch()
-        (site / "marlune" / "tables" / "__init__.py").touch()
+    hidden = shutil.ignore_patterns("__pycache__")
+    shutil.copytree(Path(module.__file__).parents[2], site, ignore=hidden, dirs_exist_ok=True)
     for name, text in FILES.items():
         (folder / name).write_text(text)
+    if request.param == "alone":
+        (folder / "beside.py").unlink()
+    else:
+        shutil.copytree(STAND_IN / "marlune", site / "marlune", ignore=hidden, dirs_exist_ok=True)
+        (site / "marlune" / "py.typed").touch()
     shutil.copytree(TOP / "examples", folder / "examples")
-    settings = {"include": [*FILES, "examples"], "typeCheckingMode": "strict"}
+    settings = {"include": ["*.py", "examples"], "typeCheckingMode": "strict"}
     # So that each mistake is an error for its own reason alone.
     settings |= {"reportUnusedExpression": False, "reportPrivateUsage": False}
     (folder / "pyrightconfig.json").write_text(json.dumps(settings))
@@ -136,14 +143,16 @@ def check(folder, *command):
     return done.stdout
 
 
+def files(folder):
+    return [*folder.glob("*.py"), *folder.glob("examples/*.py")]
+
+
 def mypy(folder):
     """The errors of mypy --strict: file name, line, message."""
-    files = (*FILES, *folder.glob("examples/*.py"))
     python = folder / "venv" / "bin" / "python"
-    output = check(
-        folder, sys.executable, "-m", "mypy", "--strict", "--python-executable", python, *files
-    )
-    assert f"(checked {len(files)} source files)" in output, output
+    options = ("--strict", "--python-executable", python)
+    output = check(folder, sys.executable, "-m", "mypy", *options, *files(folder))
+    assert f"(checked {len(files(folder))} source files)" in output, output
     errors = re.findall(r"^(?:.*/)?(\w+\.py):(\d+): error: (.*)$", output, re.M)
     return [(name, int(line), message) for name, line, message in errors]
 
@@ -152,9 +161,7 @@ def pyright(folder):
     """The errors and warnings of pyright: file name, line, message."""
     python = folder / "venv" / "bin" / "python"
     report = json.loads(check(folder, "node", PYRIGHT, "--outputjson", "--pythonpath", python))
-    assert report["summary"]["filesAnalyzed"] == len(FILES) + len(
-        list(folder.glob("examples/*.py"))
-    )
+    assert report["summary"]["filesAnalyzed"] == len(files(folder))
     return [
         (Path(each["file"]).name, each["range"]["start"]["line"] + 1, each["message"])
         for each in report["generalDiagnostics"]
@@ -168,12 +175,5 @@ def test_use_and_examples_pass_and_each_mistake_is_an_error(environment, checker
     assert {(name, line) for name, line, _ in errors} == MISTAKES and len(MISTAKES) == 19
 
 
-def test_mypy_wants_py_typed_beside_the_stub_or_above(environment):
-    (marker,) = environment.glob("venv/lib/python3.14/site-packages/marlune/tables/py.typed")
-    above = marker.parents[1] / marker.name
-    marker.rename(above)
-    assert {name for name, *_ in mypy(environment)} == {"bad.py", "mixed.py"}
-    above.rename(marker.with_name("moved"))
-    refused = [message for name, _, message in mypy(environment) if name == "good.py"]
-    marker.with_name("moved").rename(marker)
-    assert "py.typed marker" in refused[0]
+def test_readme_hands_over_in_the_form_that_is_checked():
+    assert HAND_OVER in (TOP / "README.md").read_text()
