@@ -1,9 +1,14 @@
-"""The files of provenance/: what does not fit the module, or each other, is refused."""
+"""The files of provenance/: what does not fit is refused, and what is doubtful is marked."""
 
+import re
 import shutil
+import subprocess
+import sys
 from pathlib import Path
 
 import pytest
+
+import marlune.tables.data_tables as module
 
 TOP = Path(__file__).resolve().parents[2]
 IDLE = "[[columns]]\ncolumns = 'X'\nplace = '-'\ndocuments = []\n"
@@ -42,3 +47,16 @@ def test_file_that_does_not_fit_is_refused(change, tmp_path, monkeypatch):
     with pytest.raises(provenance.ProvenanceError) as refused:
         provenance.register.__wrapped__()
     assert message in str(refused.value)
+
+
+def test_reconstructed_ages_are_marked_in_the_row_of_their_table():
+    command = [sys.executable, TOP / "tools" / "catalogue.py"]
+    printed = subprocess.run(command, capture_output=True, text=True, check=True).stdout
+    stub = (TOP / "marlune" / "tables" / "data_tables.pyi").read_text("utf-8")
+    hints = re.findall(r'^(\w+): .*\n"""([^"]*)', stub, re.M)
+    for marked in (
+        [line.split()[0] for line in printed.splitlines() if "21-62 are reconstructed" in line],
+        [name for name, hint in hints if "21-62 are reconstructed" in hint.replace("\n", " ")],
+        re.search(r"- (.*) : ages 21 to 62 are reconstructed", module.__doc__)[1].split(", "),
+    ):
+        assert marked == ["IASS90", "SS90TOT", "SS90ABS"]
