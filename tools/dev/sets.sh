@@ -19,7 +19,7 @@ set_is package 'pip and the build back end, for the wheel and its tests' \
 set_is clang 'a second compiler' \
   'clang++' 'clang'
 set_is debug 'the debug interpreter' \
-  'python3.14-dbg' 'python3-dbg'
+  'python3.14-dbg' 'python3.14-dbg'
 set_is python315 'the next interpreter' \
   'python3.15 python3.15-dbg' 'python3.15-dev python3.15-dbg python3.15-venv'
 set_is checks 'formatting and static analysis' \
@@ -34,7 +34,7 @@ set_is verify 'readers of publications, and a writer of workbooks for their test
   'pdftotext prlimit .openpyxl .xlrd .rdata .xlwt' \
   'poppler-utils python3-openpyxl python3-xlrd python3-rdata python3-xlwt'
 set_is bench 'what the module is measured with and against' \
-  'cython3 perf valgrind .orjson' 'cython3 linux-perf valgrind python3-orjson'
+  'cython3 valgrind .orjson' 'cython3 valgrind python3-orjson'
 # A compiler for each architecture of `./dev arches`, and what runs its programs.
 declare -A triplet=(
   [arm64]=aarch64-linux-gnu [s390x]=s390x-linux-gnu [riscv64]=riscv64-linux-gnu
