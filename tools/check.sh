@@ -5,18 +5,21 @@ cd "$here"
 mapfile -t sources < <(git ls-files --cached --others --exclude-standard 'tables/*.cpp')
 mapfile -t headers < <(git ls-files --cached --others --exclude-standard 'tables/*.hpp')
 
-say 'checking the shell scripts'
+say 'checking the shell scripts and Python'
 shellcheck --check-sourced dev .ci/run
+{ ruff check --quiet --no-cache . && ruff format --quiet --no-cache --check .; } ||
+  fail 'ruff has found something: ruff check --fix and ruff format mend most of it'
 
 say 'checking that each header compiles alone'
 include=$(python3.14 -c 'import sysconfig; print(sysconfig.get_path("include"))')
-printf '%s\n' "${headers[@]}" | xargs -P "$(nproc)" -I{} "${CXX:-c++}" -std=c++20 -fsyntax-only -Wall -Wextra \
-  -Itables -isystem "$include" \
-  -include {} -xc++ /dev/null || fail 'a header does not compile alone'
+printf '%s\n' "${headers[@]}" | xargs -P "$(nproc)" -I{} "${CXX:-c++}" -std=c++20 \
+  -fsyntax-only -Wall -Wextra -Itables -isystem "$include" -include {} -xc++ /dev/null ||
+  fail 'a header does not compile alone'
 
 say 'running clang-tidy (about a minute)'
 build clang
-printf '%s\n' "${sources[@]}" | xargs -P "$(nproc)" -n 1 clang-tidy --quiet -p build/clang 2>build/clang-tidy.log ||
+printf '%s\n' "${sources[@]}" |
+  xargs -P "$(nproc)" -n 1 clang-tidy --quiet -p build/clang 2>build/clang-tidy.log ||
   fail 'clang-tidy has found something'
 
 say 'checking the stub against the module'
