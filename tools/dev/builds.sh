@@ -47,6 +47,9 @@ build() {
   ninja -C "$folder" -n 2>/dev/null | grep -q 'no work to do' || say "building $preset"
   { cmake --build "$folder" && cmake --install "$folder" --prefix "$folder/installed"; } \
     >"$log" 2>&1 || { cat "$log" >&2; fail "building $preset failed"; }
+  # What an earlier state of the tree has installed and this one does not goes.
+  find "$folder/installed" -type f | grep -vxFf "$folder/install_manifest.txt" |
+    xargs -r -d '\n' rm -f || true
   exec 8<&-
 }
 
