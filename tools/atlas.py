@@ -29,7 +29,7 @@ PARTS = Path(__file__).resolve().parent / "atlas"
 COMMITTED = TOP / "docs" / "atlas.html"
 # What the documentation shows: view, size, colour scheme.
 PICTURES = {
-    "atlas.png": ("table=PER2020_Ind_1o&with=DAV2004R_Agg_2o&year=2026", (1400, 900), "light"),
+    "atlas.png": ("table=PER2020_Ind_1o&with=DAV2004R_Agg_2o&year=2026", (1400, 1140), "light"),
     "atlas-ratio.png": (
         "table=PASEM2020_Gen_2o&with=PASEM2020_Rel_1o,PASEM2020_NoRel_1o&rates=ratio&ages=0-105",
         (1400, 900),
@@ -214,8 +214,10 @@ def plain_list(tables):
     for table in tables:
         meta = dict(table["meta"])
         unit = "per mille" if meta["decrement_scale_factor"] == 1000 else "decimal"
+        warning = provenance.warnings_of(table["name"])
+        purpose = table["purpose"] + (f"; {warning}" if warning else "")
         cells = (
-            table["name"], table["purpose"], table["country"] or "invented",
+            table["name"], purpose, table["country"] or "invented",
             f"{meta['start_age']}–{meta['omega']}", str(meta.get("base_year") or ""), unit,
         )  # fmt: skip
         yield "<tr>" + "".join(f"<td>{html.escape(cell)}</td>" for cell in cells) + "</tr>"

@@ -82,12 +82,12 @@ test("a ratio is that of the same sex and duration, in one unit, projected", () 
 test("what must be known about the years of a comparison is said", () => {
   const notes = (address) => notesOf(viewOf(address)).join(" ");
   const both = "table=PER2020_Ind_1o&with=DAV2004R_Agg_2o";
-  assert.match(notes(both), /Not projected.*PER2020_Ind_1o 2012, DAV2004R_Agg_2o 1999/);
+  assert.match(notes(both), /Not projected.*PER2020_Ind_1o \(2012\), DAV2004R_Agg_2o \(1999\)\./);
   assert.equal(notes(`${both}&year=2026`), "");
-  assert.match(
-    notes("table=GAM71&with=CB_H_2020&born=1960"),
-    /No improvement.*GAM71.*CB_H_2020 has no factors.*ages below 60/,
-  );
+  const said = notes("table=GAM71&with=CB_H_2020,GAM94_AA,DummyLIFE_ProjectedGen&born=1960");
+  assert.match(said, /the same in every year: GAM71\..*taken backwards: GAM94_AA \(1994\)\./);
+  assert.match(said, /left out: CB_H_2020 \(2020\), DummyLIFE_ProjectedGen \(2020\)\./);
+  assert.match(said, /not spelt out by the table: DummyLIFE_ProjectedGen \(2020\)\./);
 });
 
 test("the search finds what people type", () => {

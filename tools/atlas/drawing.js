@@ -56,59 +56,48 @@ function textOfLeftOut(leftOut) {
   return `Left out: ${count} ${what}, which a log scale does not have (${where}).`;
 }
 
-// Base years that differ are said where nothing is projected; else who does not take part.
+const withBases = (tables) =>
+  listed(tables.map(({ name, base }) => (base ? `${name} (${base})` : name)));
+const onYears = ({ kind, shape }) => kind === "improvement" && shape === "years";
+
+// What must be known about projected rates: of which tables it holds, and what.
+function cautionsOf({ kind, year }) {
+  const early = ({ formula, start, base }) => formula && yearAt({ kind, year }, start) < base;
+  const before = (table) => early(table) && table.formula !== "projected_improvement";
+  const none = (table) => early(table) && table.formula === "projected_improvement";
+  return [
+    [({ formula }) => !formula, (some) => `No improvement, so the same in every year: ${some}.`],
+    [before, (some) => `Before the base year the formula is taken backwards: ${some}.`],
+    [none, (some) => `No factors for years before the base year, which are left out: ${some}.`],
+    [
+      ({ formula }) => formula === "linear_improvement",
+      (some) => `Not spelt out by the table, drawn as q · (1 − mi · years), not below 0: ${some}.`,
+    ],
+    [
+      ({ invented, series }) => invented && series.some(onYears),
+      (some) => `Other years than those of its grid are not spelt out by the table: ${some}.`,
+    ],
+  ];
+}
+
+// Base years that differ are said where nothing is projected; else what is done where.
 export function notesOf(view) {
   const tables = tablesOf(view);
   const based = tables.filter(({ base }) => base);
-  const bases = new Set(based.map(({ base }) => base));
-  const notes = [];
   if (view.time.kind === "stored") {
-    if (bases.size > 1) {
-      const years = listed(based.map(({ name, base }) => `${name} ${base}`));
-      notes.push(`Not projected: the rates are of different years (${years}).`);
-    }
-    return notes;
+    const differ = new Set(based.map(({ base }) => base)).size > 1;
+    return differ ? [`Not projected: the rates are of different years: ${withBases(based)}.`] : [];
   }
-  const still = listed(tables.filter(({ formula }) => !formula).map(({ name }) => name));
-  if (still) notes.push(`No improvement, so the same in every year: ${still}.`);
-  const linear = tables.filter(({ formula }) => formula === "linear_improvement");
-  if (linear.length) {
-    notes.push(
-      `${listed(linear.map(({ name }) => name))}: linear improvement is not spelt out by the table. ` +
-        "Drawn as q · (1 − mi · years), not below 0.",
-    );
-  }
-  const unsaid = tables.filter(
-    ({ invented, formula, series }) =>
-      invented &&
-      formula &&
-      series.some(({ kind, shape }) => kind === "improvement" && shape === "years"),
-  );
-  if (unsaid.length) {
-    const who = listed(unsaid.map(({ name }) => name));
-    notes.push(
-      `${who}: years without improvement rates take the last before; the table does not say so.`,
-    );
-  }
-  const [first, last] = agesOfView(view);
-  const early = tables.filter(
-    ({ formula, base, start }) =>
-      formula === "projected_improvement" &&
-      yearAt(view.time, Math.max(first, start)) < base &&
-      last > first,
-  );
-  for (const { name, base } of early) {
-    const upTo = view.time.kind === "born" ? `ages below ${base - view.time.year}` : "all ages";
-    notes.push(`${name} has no factors for years before ${base}: ${upTo} are left out.`);
+  const notes = [];
+  for (const [holds, say] of cautionsOf(view.time)) {
+    const some = tables.filter(holds);
+    if (some.length) notes.push(say(withBases(some)));
   }
   return notes;
 }
 
 function axisOf(view, kind, { lines, ratio, mixed }, log) {
-  const decrements = listed(tablesOf(view).map(({ decrement }) => decrement)).replace(
-    ", ",
-    " and ",
-  );
+  const decrements = [...new Set(tablesOf(view).map(({ decrement }) => decrement))].join(" and ");
   const rates = kind === "rates";
   const title = rates ? `Rates of ${decrements}` : "Improvement";
   const when = lines.some((one) => projects(one, view.time)) ? ` ${timeText(view.time)}` : "";

@@ -22,6 +22,16 @@ function tag(name, attributes, inner = "") {
   });
   return `<${name}${parts.join("")}>${inner}</${name}>`;
 }
+// Words in lines of about as many letters.
+function wrapped(words, letters) {
+  const lines = [""];
+  for (const word of words.split(" ")) {
+    if (`${lines.at(-1)} ${word}`.length > letters) lines.push("");
+    lines.push(`${lines.pop()} ${word}`.trim());
+  }
+  return lines;
+}
+
 const textTag = (x, y, words, more = {}) => tag("text", { x, y, ...more }, escaped(words));
 
 // Without exponents, which are harder to compare.
@@ -186,9 +196,8 @@ export function pictureOf(drawing, heading, about, dark = false) {
       to: Math.min(band.to, range[1]),
     }))
     .filter((band) => band.from <= band.to);
-  const said = drawing.invented
-    ? [`Invented, for tests only: ${drawing.invented}`, ...about]
-    : about;
+  const invented = drawing.invented ? [`Invented, for tests only: ${drawing.invented}`] : [];
+  const said = [...invented, ...about].flatMap((words) => wrapped(words, 135));
   const below = bottom + 52 + Math.ceil(lines.length / COLUMNS) * row;
   const height = below + said.length * row;
   return `${tag(
