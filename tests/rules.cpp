@@ -1,6 +1,7 @@
 // Breaks every rule that payload descriptions are proved by, one after the other, and prints for each
 // break a part of the sentence that should answer it, a tab, and the answer.
 
+#include "dav2004r/columns.hpp"
 #include "inventory.hpp"
 #include "payload/decimals.hpp"
 #include "payload/invariants.hpp"
@@ -87,6 +88,13 @@ Columns second_duration(Number at_65, Number at_66, Number at_67, Number at_68) 
   return {select_mapping("qx_m", {{1, first}, {2, rates}, {Label::ult(), ultimate}}), grid};
 }
 const Column no_ult = duration_grid("mi_m", {{1, trend}, {2, trend}, {3, trend}});
+
+// A column of DAV 2004 R, cut and with another rate at the age of 60.
+bool dav(std::size_t length, Number at_60) {
+  std::vector<Number> column(std::begin(dav2004r::qx_agg_1o_m), std::end(dav2004r::qx_agg_1o_m));
+  column[60] = at_60;
+  return dav2004r::closes_with(Literals(column).first(length), 1);
+}
 
 // The keys of a static table without some, then others.
 KeyOrder keys(std::optional<Key> without, std::vector<Key> more = {}) {
@@ -182,6 +190,12 @@ int main() {
   BREAK("in a table that is not select", aggregate, t.data = (Columns{qx_m, no_ult}));
   BREAK("is not below the ultimate", selected, t.data = second_duration(0.2, 0.5, 0.6, 1.0));
   BREAK("nor that rate from there on", selected, t.data = second_duration(0.3, 0.3, 0.6, 1.0));
+
+  BREAK("does not cover the ages 0 to 121", fixed, dav(121, 0.5));
+  BREAK("is not a float between 0 and 1", fixed, dav(122, 0));
+  BREAK("is not a float between 0 and 1", fixed, dav(122, 1.0));
+  BREAK("is not a float between 0 and 1", fixed, dav(122, 0.0));
+  BREAK("stands out from those", fixed, dav(122, 0.5));
 
   BREAK("does not list as many", fixed, prove_inventory(two, Names(two).first(1)));
   BREAK("that the body does not bind", fixed, prove_inventory(two, other));

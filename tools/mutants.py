@@ -213,6 +213,10 @@ def try_all(mutants, jobs):
         finally:
             copies.put(copy)
 
+    # What fails without a break would notice every one.
+    for build, arguments in STAGES:
+        if failed := tests(COPIES / "0", build, arguments):
+            sys.exit(f"mutants: {build}: the tree fails as it is: {failed}")
     with ThreadPoolExecutor(jobs) as pool:
         yield from pool.map(attempt, mutants)
 
