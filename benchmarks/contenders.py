@@ -1,6 +1,7 @@
 """What the module is compared with: made in build/bench, from the module itself."""
 
 import json
+import os
 import pickle
 import py_compile
 import re
@@ -99,7 +100,22 @@ def json_document(tables):
     )
 
 
-def shape_header(held):
+def floats_by_rules(own):
+    """How many floats the module makes where it follows its rules at import, and every number that
+    they give is an object of its own: with builtins that are not the interpreter's."""
+    count = """
+import builtins
+builtins.zip = lambda *each, zip=zip: zip(*each)
+from child import load_module, shape
+held = vars(load_module()).items()
+print(shape({name: value for name, value in held if not name.startswith("__")})["float"])"""
+    path = os.pathsep.join([str(own.parents[2]), str(HERE)])
+    env = os.environ | {"PYTHONPATH": path}
+    command = [sys.executable, "-c", count]
+    return int(subprocess.run(command, env=env, capture_output=True, check=True).stdout)
+
+
+def shape_header(held, floats):
     """What the floor is to ask the interpreter for, in C."""
     found = walk(held)
     texts = [each.encode() for each in found if type(each) is str]
@@ -111,7 +127,7 @@ def shape_header(held):
         "short dict_sizes": sorted(len(each) for each in found if type(each) is dict),
     }
     lines = [f"static const {name}[] = {{{str(array)[1:-1]}}};" for name, array in arrays.items()]
-    return "\n".join([f"enum {{ floats = {shape(held)['float']} }};", *lines]) + "\n"
+    return "\n".join([f"enum {{ floats = {floats} }};", *lines]) + "\n"
 
 
 def limit_header(held):
