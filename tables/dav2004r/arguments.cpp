@@ -9,13 +9,12 @@ namespace marlune::tables::dav2004r {
 
 namespace {
 
-constexpr const char *function = "_dav_mi_linear";
 constexpr std::array<const char *, 2> names{"mi_start", "mi_ziel"};
 using Values = std::array<PyObject *, names.size()>;
 
 [[noreturn]] void refuse_count(Py_ssize_t given) {
-  PyErr_Format(PyExc_TypeError, "%.200s() takes %.8s %zd positional argument%.1s (%zd given)",
-               function, "exactly", static_cast<Py_ssize_t>(names.size()), "s", given);
+  PyErr_Format(PyExc_TypeError, "_dav_mi_linear() takes exactly 2 positional arguments (%zd given)",
+               given);
   throw ErrorSet{};
 }
 
@@ -25,14 +24,15 @@ void take_keyword(Values &values, PyObject *keyword, PyObject *value) {
       continue;
     }
     if (values[index] != nullptr) {
-      PyErr_Format(PyExc_TypeError, "%s() got multiple values for keyword argument '%U'", function,
-                   keyword);
+      PyErr_Format(PyExc_TypeError,
+                   "_dav_mi_linear() got multiple values for keyword argument '%U'", keyword);
       throw ErrorSet{};
     }
     values[index] = value;
     return;
   }
-  PyErr_Format(PyExc_TypeError, "%s() got an unexpected keyword argument '%U'", function, keyword);
+  PyErr_Format(PyExc_TypeError, "_dav_mi_linear() got an unexpected keyword argument '%U'",
+               keyword);
   throw ErrorSet{};
 }
 
@@ -48,9 +48,8 @@ void require_list(const char *name, PyObject *value) {
   if (PyList_CheckExact(value)) {
     return;
   }
-  PyErr_Format(PyExc_TypeError,
-               "Argument '%.200s' has incorrect type (expected %.200s, got %.200s)", name,
-               PyList_Type.tp_name, Py_TYPE(value)->tp_name);
+  PyErr_Format(PyExc_TypeError, "Argument '%s' has incorrect type (expected list, got %.200s)",
+               name, Py_TYPE(value)->tp_name);
   if (PyList_Check(value)) {
     add_subclass_note();
   }

@@ -4,8 +4,8 @@
 
 #include <cstdlib>
 
-namespace __gnu_cxx { // NOLINT(cert-dcl51-cpp): the library's name
+namespace __gnu_cxx {
 
-void __verbose_terminate_handler() { std::abort(); } // NOLINT(bugprone-reserved-identifier)
+void __verbose_terminate_handler() { std::abort(); }
 
 } // namespace __gnu_cxx
