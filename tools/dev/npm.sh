@@ -4,6 +4,10 @@
 # where it is. Done outside of the root, with the settings that npm has on this machine.
 npm_modules() {
   local key folder log
+  if [ -n "${DATA_TABLES_ROOT:-}" ]; then
+    [ -n "${DATA_TABLES_NPM:-}" ] || fail 'the root lacks what is from npm: run this outside of it'
+    return
+  fi
   key=$(cat "$here/package.json" "$here/package-lock.json" | sha256sum)
   folder=$cache/npm-${key:0:12} log=$cache/npm.log
   if [ ! -d "$folder" ]; then
