@@ -106,9 +106,9 @@ def floats_by_rules(own):
     count = """
 import builtins
 builtins.zip = lambda *each, zip=zip: zip(*each)
-from child import load_module, shape
-held = vars(load_module()).items()
-print(shape({name: value for name, value in held if not name.startswith("__")})["float"])"""
+from child import shape
+from marlune.tables import data_tables
+print(shape({name: part for name, part in vars(data_tables).items() if name[:2] != "__"})["float"])"""
     path = os.pathsep.join([str(own.parents[2]), str(HERE)])
     env = os.environ | {"PYTHONPATH": path}
     command = [sys.executable, "-c", count]
@@ -238,7 +238,7 @@ def contenders(folder, own, cython):
 
     for name, header, content in (
         ("limit", "tables.h", limit_header(held)),
-        ("floor", "shape.h", shape_header(held)),
+        ("floor", "shape.h", shape_header(held, floats_by_rules(own))),
     ):
         c_file = write(folder / name / f"source/{name}.c", (HERE / f"{name}.c").read_bytes())
         header = write(folder / name / "source" / header, content)
