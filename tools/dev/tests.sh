@@ -41,8 +41,15 @@ test_command() {
     shift
     mapfile -t files < <(files_below tests)
     mapfile -t sets < <(sets_of_files "${files[@]}")
+    local presets=(clang debug sanitize release)
+    # A machine that has its own CPython 3.14 need not have the next one.
+    if [ -n "${DATA_TABLES_ROOT:-}" ] || ! has_python || command -v python3.15 >/dev/null; then
+      presets=(release315 debug315 "${presets[@]}") sets+=(python315)
+    else
+      say 'NOT tested with CPython 3.15: this machine has none'
+    fi
     ask_for tests clang debug "${sets[@]}"
-    for preset in clang debug sanitize release; do
+    for preset in "${presets[@]}"; do
       run_tests "$preset" "${parallel[@]}" "$@"
     done
     return
