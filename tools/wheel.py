@@ -143,6 +143,10 @@ def prove_contents(wheel: Path, built: Path) -> list[str]:
     assert (told["Name"], told["Version"]) == (project["name"], project["version"])
     assert set(told["Requires-Python"].split(",")) == set(project["requires-python"].split(","))
     assert "Requires-Dist" not in told, told["Requires-Dist"]
+    # It is shown where the files of the project are not.
+    assert not re.search(r"\]\((?!https:)", str(told.get_payload())), (
+        "the description has relative links"
+    )
     return files
 
 

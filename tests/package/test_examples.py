@@ -182,7 +182,10 @@ def test_safe_copy_leaves_the_module_as_it_was():
     assert made["own"]["data"] is made["data"] != before["PASEM2010"]["data"]
 
 
-DOCUMENTS = ["README.md", "docs/provenance.md", "docs/reading.md", "docs/types.md"]
+DOCUMENTS = [
+    "README.md",
+    *(f"docs/{name}.md" for name in ("package", "provenance", "reading", "types")),
+]
 
 
 @pytest.mark.parametrize("document", DOCUMENTS)
