@@ -84,6 +84,14 @@ isolated() {
   bwrap "${options[@]}" --proc /proc "$@"
 }
 
+# What makes roots, on this machine itself.
+have_makers() {
+  local missing=()
+  command -v mmdebstrap >/dev/null || missing+=(mmdebstrap)
+  command -v bwrap >/dev/null || missing+=(bubblewrap)
+  [ ${#missing[@]} = 0 ] || install_here "${missing[@]}"
+}
+
 make_root() {
   local root=$1 partial=$1.partial log=$1.log unwanted
   unwanted=$(printf 'path-exclude=/usr/share/%s/*\\n' "${unread[@]}")
@@ -144,7 +152,7 @@ lacking() {
 # Runs `dev` with these arguments in a root that has these sets. Does not return.
 # Usage: enter_root SET... -- ARGUMENT...
 enter_root() {
-  local sets=() missing=() root
+  local sets=() missing root
   while [ "$1" != -- ]; do
     sets+=("$1")
     shift
@@ -154,10 +162,7 @@ enter_root() {
     fail 'there is no python3.14 with headers on the PATH, and making a root that has it needs root'
   root=$(root_folder)
   open_cache
-  for tool in mmdebstrap:mmdebstrap bwrap:bubblewrap; do
-    command -v "${tool%:*}" >/dev/null || missing+=("${tool#*:}")
-  done
-  [ ${#missing[@]} = 0 ] || install_here "${missing[@]}"
+  have_makers
   [ -d "$root" ] || make_root "$root"
   mapfile -t missing < <(lacking "$root" "${sets[@]}")
   [ ${#missing[@]} = 0 ] || extend_root "$root" "${missing[@]}"

@@ -14,14 +14,14 @@ extract_system() {
   shown+=("$system")
   [ ! -d "$system" ] || return 0
   [ -z "${DATA_TABLES_ROOT:-}" ] || fail "the root has no $system: run this outside of it"
-  command -v mmdebstrap >/dev/null || install_here mmdebstrap
   open_cache
+  have_makers
   if [ ! -d "$system" ]; then
     say "extracting packages of Debian $1 for $2 (some seconds, once): ${*:3}"
     mkdir -p "$DATA_TABLES_SYSTEMS"
     partial=$cache/system.partial log=$cache/system.log
-    mmdebstrap --quiet --variant=extract '--aptopt=Acquire::Check-Valid-Until "false"' \
-      '--dpkgopt=path-exclude=/usr/share/*' --architectures="$2" \
+    isolated / mmdebstrap --quiet --variant=extract --architectures="$2" \
+      '--aptopt=Acquire::Check-Valid-Until "false"' \
       --include="$(IFS=,; echo "${*:3}")" "$1" "$partial" >"$log" 2>&1 </dev/null 9>&- || {
       tail -n 5 "$log" >&2
       fail "that did not work; the log is $log"
