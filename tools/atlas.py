@@ -126,8 +126,9 @@ def facts_of(name, said, family):
 def table_of(name, said, family, lists):
     payload = data_tables.REPO_TABLES[name]
     rows = {key: each for key, each in said["columns"].items() if each["published"]}
-    places = dict.fromkeys(each["place"] for each in rows.values())
-    source = "; ".join([family["issuer"], family["publication"], *places])
+    places = dict.fromkeys(each["place"] for each in rows.values() if each["documents"])
+    publication = family["publication"] if places else "publication not found"
+    source = "; ".join([family["issuer"], publication, *places])
     facts = list(facts_of(name, said, family))
     return {
         "name": name,

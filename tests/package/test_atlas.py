@@ -58,6 +58,7 @@ FOUND = [
     ("invented", SYNTHETIC, "only"),
     ("projected improvement published", CHILE, "only"),
     ("select durations DE", ["DAV2004R_SelUlt_2o", "DAV2004R_SelUlt_1o"], "only"),
+    ("funeral", ["PASEM2020_Dec_2o", "PASEM2020_Dec_1o"], "only"),
     ("continuous mortality investigation", ["AM92_AF92"], "only"),
     ("nothing like this", [], "only"),
 ]  # fmt: skip

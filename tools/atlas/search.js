@@ -24,7 +24,9 @@ const WORTH = [0, 4, 2, 1, 0.5];
 // What is said about a table in our words: these have synonyms.
 function saidOf(table) {
   const rates = [...table.columns.values()].filter(([one]) => one.kind === "rates");
-  const said = [table.purpose, table.country ?? "", table.meta.get("table_type"), table.decrement];
+  // What a table is expressly without is not what it is looked for by.
+  const purpose = table.purpose.replace(/without [^,:;]+/g, "");
+  const said = [purpose, table.country ?? "", table.meta.get("table_type"), table.decrement];
   said.push(table.orders.join(" "), table.permille ? "per mille" : "decimal");
   said.push(...rates.map(([one]) => SEXES[one.sex]));
   said.push(table.formula ? `improvement generational ${table.formula}` : "static");

@@ -35,7 +35,7 @@ function columnsOf(view) {
     : chosenOf(view);
   const many = sides.length > 1;
   const columns = chosen.map((one) => {
-    const when = projects(one, time) ? `, ${timeText(time)}` : "";
+    const when = projects(one, time) ? ` ${timeText(time)}` : "";
     const name = many ? `${one.table.name} ${one.name}` : one.name;
     return {
       one,
@@ -90,11 +90,11 @@ export function csvOf({ about, head, body }, comma) {
     if (isNumber(text)) return comma ? text.replace(".", ",") : text;
     return /[",;\n]/.test(text) ? `"${text.replaceAll('"', '""')}"` : text;
   };
-  const lines = [...about.map((text) => [`# ${text}`]), head, ...body];
+  const rows = [head, ...body].map((row) => row.map(cell).join(separator));
+  // Programs skip lines that begin with #; spreadsheets shall not cut them up.
+  const said = about.map((text) => (comma ? cell(`# ${text}`) : `# ${text}`));
   // By the mark at the beginning spreadsheets know the letters; other programs stumble over it.
-  return (
-    (comma ? "\ufeff" : "") + lines.map((row) => `${row.map(cell).join(separator)}\n`).join("")
-  );
+  return (comma ? "\ufeff" : "") + [...said, ...rows].map((line) => `${line}\n`).join("");
 }
 
 export const tabbed = ({ about, head, body }) =>
