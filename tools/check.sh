@@ -41,6 +41,13 @@ if [ -n "${DATA_TABLES_SOURCES:-}" ]; then
   say "$(grep -m1 ' figures: ' build/verify.log)"
 fi
 
+if [ -n "${DATA_TABLES_NPM:-}" ]; then
+  say 'checking that docs/atlas.html is what ./dev atlas writes'
+  python_of "$preset" tools/atlas.py --check
+else
+  say 'not compared, because there is no npm: docs/atlas.html'
+fi
+
 say 'checking that the changelog names every changed column'
 python3.14 tools/changelog.py
 

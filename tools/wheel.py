@@ -212,6 +212,9 @@ def main() -> None:
     print(f"The wheel is for {systems}, because of {', '.join(names)}.")
     print("Built from that distribution alone, it holds the tested module, byte for byte:")
     print(*prove_contents(wheel, Path(spec.origin)), sep="\n")
+    page = folder / "atlas.html"
+    page.write_bytes((TOP / "docs" / "atlas.html").read_bytes())
+    print("To look at the tables:", page)
     with TemporaryDirectory() as made:
         prove_installation(wheel, make_wheel(STAND_IN, Path(made)))
     print(
