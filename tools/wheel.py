@@ -1,9 +1,10 @@
 """Build the source distribution and, from nothing but that, the wheel; then prove both.
 
-Usage: ./dev wheel [FOLDER]. Both end up in FOLDER, by default dist. Nothing is fetched. Run by the
-interpreter of a build: the wheel has to hold that very module, the one that the tests have tested.
-Its name tells for which systems it is: those with the C library that the symbols of the module ask
-for, or a newer one. Both are built twice, and have to come out the same to the byte.
+Usage: ./dev wheel [FOLDER]. Both and the atlas end up in FOLDER, dist unless named. Nothing is
+fetched. Run by the interpreter of a build: the wheel has to hold that very module, the one that the
+tests have tested. Its name tells for which systems it is: those with the C library that the symbols
+of the module ask for, or a newer one. Both are built twice, and have to come out the same to the
+byte.
 """
 
 import importlib.util

@@ -19,7 +19,8 @@ def test_wheel_is_what_its_tag_says_and_installs_beside_the_rest_of_the_package(
     command = [TOP / "dev", "wheel", tmp_path]
     done = subprocess.run(command, capture_output=True, text=True, check=False)
     assert done.returncode == 0, done.stdout + done.stderr
-    _, wheel = sorted(tmp_path.iterdir(), key=lambda path: path.suffix)
+    _, page, wheel = sorted(tmp_path.iterdir(), key=lambda path: path.suffix)
+    assert page.name == "atlas.html"
     (major, minor) = re.search(r"-cp314-cp314-manylinux_(\d+)_(\d+)_\w+\.whl$", wheel.name).groups()
     # What the README promises.
     if "DATA_TABLES_ROOT" in os.environ:
