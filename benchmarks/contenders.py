@@ -108,7 +108,8 @@ import builtins
 builtins.zip = lambda *each, zip=zip: zip(*each)
 from child import shape
 from marlune.tables import data_tables
-print(shape({name: part for name, part in vars(data_tables).items() if name[:2] != "__"})["float"])"""
+parts = {name: part for name, part in vars(data_tables).items() if name[:2] != "__"}
+print(shape(parts)["float"])"""
     path = os.pathsep.join([str(own.parents[2]), str(HERE)])
     env = os.environ | {"PYTHONPATH": path}
     command = [sys.executable, "-c", count]
