@@ -64,7 +64,8 @@ def built(folder, name, triplet, system):
     )
     # CMake asks that interpreter for everything. Debian's headers include some by their triplet.
     run(
-        "cmake", "--preset", "release", "-S", TOP, "-B", folder, f"-DPython_EXECUTABLE={python}",
+        "cmake", "--fresh", "--preset", "release", "-S", TOP, "-B", folder,
+        f"-DPython_EXECUTABLE={python}",
         f"-DCMAKE_CXX_COMPILER={triplet}-g++",
         f"-DCMAKE_CXX_FLAGS={FLAGS.get(name, '')} -idirafter {system}/usr/include",
     )  # fmt: skip
