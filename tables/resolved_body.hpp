@@ -1,7 +1,7 @@
 #pragma once
 
 // The body and all that it holds, as the compiler leaves them to the import: resolved_body.cpp, the
-// only unit that reads descriptions.
+// only file compiled that reads descriptions.
 
 #include "payload/recipes.hpp"
 #include "statement.hpp"
