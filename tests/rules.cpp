@@ -185,6 +185,7 @@ int main() {
   BREAK("is not the select period", selected, t.select_period = 3);
   BREAK("neither 0 nor 1", selected, t.data = durations(2, 3, 4));
   BREAK("do not ascend by one", selected, t.data = durations(1, 3, Label::ult()));
+  BREAK("do not ascend by one", selected, t.data = durations(Label::ult(), 1, Label::ult()));
   BREAK("do not end in", selected, t.data = durations(0, 1, 2));
   BREAK("do not end in", selected, t.data = (Columns{by_select, no_ult}));
   BREAK("in a table that is not select", aggregate, t.data = (Columns{qx_m, no_ult}));
