@@ -2,7 +2,6 @@
 
 import hashlib
 import json
-import runpy
 from pathlib import Path
 
 from columns import lists_of
@@ -10,11 +9,10 @@ from fresh import run
 
 import marlune.tables.data_tables as module
 from marlune.tables.data_tables import REPO_TABLES
-
-DIGEST = str(Path(__file__).parents[1] / "tools/digest.py")
+from tools.digest import digests_of
 
 # The inventory in its order, each table with a digest of its keys and their order, its texts, and
-# every value's type and bits: `tools/digest.py --tables` prints them.
+# every value's type and bits: `./dev python -m tools.digest --tables` prints them.
 TABLES = """
     PER2020_Col_2o cf7b8e2d PER2020_Col_1o 8f1309af PER2020_Ind_2o 42f58838
     PER2020_Ind_1o dc00bf91 PASEM2020_Gen_2o 482b6584 PASEM2020_Dec_2o 6d6071b0
@@ -50,13 +48,13 @@ def test_inventory_holds_the_attributes_in_its_own_order():
 
 def test_every_table_is_as_it_was():
     wanted = dict(zip(TABLES[::2], TABLES[1::2]))
-    found = runpy.run_path(DIGEST)["digests_of"](REPO_TABLES)
+    found = digests_of(REPO_TABLES)
     assert {name for name in wanted if found[name] != wanted[name]} == set()
 
 
 def test_everything_is_as_it_was():
     """Where only this fails, it is the docstring, an attribute, their order, or what is shared."""
-    printed = run(f"import runpy; runpy.run_path({DIGEST!r}, run_name='__main__')")
+    printed = run("from tools import digest; digest.main()")
     assert printed.split() == [EVERYTHING]
 
 

@@ -2,15 +2,12 @@
 
 import math
 import subprocess
-from pathlib import Path
 from random import Random
 
 from compiler import compile_source
 from fresh import run
 
 import marlune.tables.data_tables as module
-
-DIGEST = str(Path(__file__).parents[1] / "tools/digest.py")
 
 
 def test_telling_computed_values():
@@ -56,10 +53,10 @@ def test_rules_give_at_import_what_the_compiler_has_computed():
         zip, round = builtins.zip, builtins.round
         builtins.zip, builtins.round = lambda *each: zip(*each), lambda *each: round(*each)
     """
-    digest = f"""
-        import runpy
+    digest = """
+        from tools.digest import digest_of
         import marlune.tables.data_tables as module
-        print(*runpy.run_path({DIGEST!r})["digest_of"](module))
+        print(*digest_of(module))
     """
     (known, few, _), (computed, many, _) = run(digest).split(), run(replaced + digest).split()
     assert computed == known

@@ -10,13 +10,11 @@ one rate is changed: its digest has to differ.
 import os
 import subprocess
 import sys
-from pathlib import Path
-
-from digest import digest_of
 
 from marlune.tables import data_tables
+from tools import TOP
+from tools.digest import digest_of
 
-TOP = Path(__file__).resolve().parent.parent
 # Rates are computed in doubles, not in the wider registers that i386 is built for by default.
 FLAGS = {"i386": "-msse2 -mfpmath=sse"}
 KIND = """
@@ -25,11 +23,11 @@ print(sys.byteorder + "-endian", sys.maxsize.bit_length() + 1, "bits,",
       platform.python_implementation(), platform.python_version())"""
 DIGEST = f"""
 import builtins, math, sys
-sys.path.append({str(TOP / "tools")!r})
+sys.path.append({str(TOP)!r})
 if sys.argv[1] == "by every rule":
     own = zip, round
     builtins.zip, builtins.round = lambda *lists: own[0](*lists), lambda *rest: own[1](*rest)
-from digest import data_tables, digest_of
+from tools.digest import data_tables, digest_of
 if sys.argv[1] == "control":
     rates = data_tables.PER2020_Ind_1o["data"]["qx_f"]
     rates[65] = math.nextafter(rates[65], 1)

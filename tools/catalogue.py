@@ -3,7 +3,8 @@
 import sys
 
 from marlune.tables.data_tables import REPO_TABLES, PER2020_Ind_1o
-from provenance import TOP, ProvenanceError, markdown, register, told, warnings_of
+from tools import TOP
+from tools.provenance import ProvenanceError, markdown, register, told, warnings_of
 
 DOCUMENT = TOP / "docs" / "catalogue.md"
 HEAD = ("name", "published name", "type", "ages", "base", "unit", "columns", "shape", "formula")

@@ -14,6 +14,8 @@ import tomllib
 from collections.abc import Iterator
 from pathlib import Path
 
+from tools import TOP
+
 NONE = "-"  # in place of a digest, where a column is new or gone
 
 
@@ -64,7 +66,7 @@ def problems_of(changelog: str, register: str, version: str) -> Iterator[str]:
 
 
 def main() -> None:
-    top = Path(sys.argv[1] if len(sys.argv) > 1 else Path(__file__).parent.parent)
+    top = Path(sys.argv[1] if len(sys.argv) > 1 else TOP)
     changelog, register, project = (
         (top / name).read_text("utf-8")
         for name in (

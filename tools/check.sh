@@ -32,27 +32,27 @@ MYPYPATH=. python_of "$preset" -m mypy.stubtest --concise \
   >build/stubtest.log || { cat build/stubtest.log >&2; fail 'the stub and the module disagree'; }
 
 say 'checking stub, catalogue, provenance and register against the tables'
-python_of "$preset" tools/documents.py
+tool_of "$preset" documents
 
 if [ -n "${DATA_TABLES_SOURCES:-}" ]; then
   say "verifying the module against the publications in $DATA_TABLES_SOURCES"
-  python_of "$preset" tools/verify/verify.py --all "$DATA_TABLES_SOURCES" >build/verify.log ||
+  tool_of "$preset" verify --all "$DATA_TABLES_SOURCES" >build/verify.log ||
     { cat build/verify.log >&2; fail 'the module and the publications disagree'; }
   say "$(grep -m1 ' figures: ' build/verify.log)"
 fi
 
 if [ -n "${DATA_TABLES_NPM:-}" ]; then
   say 'checking that docs/atlas.html is what ./dev atlas writes'
-  python_of "$preset" tools/atlas.py --check
+  tool_of "$preset" atlas --check
 else
   say 'not compared, because there is no npm: docs/atlas.html'
 fi
 
 say 'checking that the changelog names every changed column'
-python3.14 tools/changelog.py
+tool_of "$preset" changelog
 
 say 'checking the types of the packaging tools'
-mypy tools/wheel.py tools/changelog.py >build/mypy.log || { cat build/mypy.log >&2; fail 'mypy'; }
+mypy tools/__init__.py tools/wheel.py tools/changelog.py >build/mypy.log || { cat build/mypy.log >&2; fail 'mypy'; }
 
 say 'checking that formatting changes nothing'
 clang-format --dry-run --Werror "${sources[@]}" "${headers[@]}"

@@ -1,6 +1,6 @@
 """Print one digest of all that the imported module holds, to compare builds with each other.
 
-Usage: ./dev python tools/digest.py [--floats] [--tables]. The digest covers every attribute in its
+Usage: ./dev python -m tools.digest [--floats] [--tables]. The digest covers every attribute in its
 order, the docstring, every value's type and bits, every order of keys, and which lists and dicts
 are one object. With --floats a second line tells how many float objects there are and digests which
 slots share one: that may differ between builds which hold the same. With --tables every table
@@ -66,12 +66,16 @@ def digests_of(tables):
     return digests
 
 
-if __name__ == "__main__":
+def main(*options):
     values, floats, sharing = digest_of(data_tables)
     print(values)
-    if "--floats" in sys.argv[1:]:
+    if "--floats" in options:
         print(f"{floats} float objects, shared as {sharing}")
-    if "--tables" in sys.argv[1:]:
+    if "--tables" in options:
         cells = [f"{name} {digest}" for name, digest in digests_of(data_tables.REPO_TABLES).items()]
         for start in range(0, len(cells), 3):
             print("    " + " ".join(cells[start : start + 3]))
+
+
+if __name__ == "__main__":
+    main(*sys.argv[1:])

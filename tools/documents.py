@@ -7,10 +7,7 @@
 import sys
 from difflib import unified_diff
 
-import catalogue
-import stub
-
-import provenance
+from tools import catalogue, provenance, stub
 
 WRITTEN = {
     provenance.DOCUMENT: provenance.document_text,

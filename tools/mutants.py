@@ -20,10 +20,10 @@ import tomllib
 from collections import Counter
 from concurrent.futures import ThreadPoolExecutor
 from dataclasses import dataclass
-from pathlib import Path
 from queue import SimpleQueue
 
-TOP = Path(__file__).resolve().parent.parent
+from tools import TOP
+
 COPIES = TOP / "build" / "mutants"
 ENOUGH = 0.95  # of a sample
 

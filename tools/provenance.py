@@ -12,18 +12,17 @@ import tomllib
 from decimal import Decimal
 from fnmatch import fnmatchcase
 from functools import cache
-from pathlib import Path
 from textwrap import fill
 
 from marlune.tables.data_tables import REPO_TABLES
+from tools import TOP
 
-TOP = Path(__file__).resolve().parent.parent
 FOLDER = TOP / "provenance"
 VERIFIED = FOLDER / "verified.json"
 NO_FAMILIES = ("documents.toml", "declared.toml")
 REGISTER = TOP / "marlune" / "tables" / "data_tables_sources.json"
 DOCUMENT = TOP / "docs" / "provenance.md"
-MARK = "<!-- What follows is written by `./dev python tools/documents.py --write`. -->\n"
+MARK = "<!-- What follows is written by `./dev python -m tools.documents --write`. -->\n"
 GRADES = ("value", "completion", "paper trail")
 # The cells of a row of docs/provenance.md.
 HEAD = (

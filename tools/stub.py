@@ -2,13 +2,12 @@
 
 from textwrap import fill
 
-from catalogue import line, purpose_of, shape_of
-
 from marlune.tables.data_tables import REPO_TABLES
-from provenance import TOP
+from tools import TOP
+from tools.catalogue import line, purpose_of, shape_of
 
 STUB = TOP / "marlune" / "tables" / "data_tables.pyi"
-MARK = "# Everything below is written by `./dev python tools/documents.py --write`.\n"
+MARK = "# Everything below is written by `./dev python -m tools.documents --write`.\n"
 SEXES = {"qx": "_QX", "ix": "_IX", "ox": "_OX", "mi": "_Mi", "MI": "_MI"}
 SHAPES = {"flat": "Rates", "durations": "SelectMapping", "years": "YearGrid"}
 

@@ -23,7 +23,8 @@ from pathlib import Path
 from tempfile import TemporaryDirectory
 from zipfile import ZipFile
 
-TOP = Path(__file__).resolve().parent.parent
+from tools import TOP
+
 # The rest of the package, as far as data_tables can tell.
 STAND_IN = TOP / "tests" / "package" / "stand_in"
 

@@ -167,7 +167,7 @@ _OX_F_BASE: Rates
 _IX_M_BASE: Rates
 _IX_F_BASE: Rates
 
-# Everything below is written by `./dev python tools/documents.py --write`.
+# Everything below is written by `./dev python -m tools.documents --write`.
 
 PER2020_Col_2o: GenerationalTable[Columns[_QX, Rates, _Mi, Rates]]
 """survival insurance, group: reserves; life, ages 0-118, per mille, exponential improvement from

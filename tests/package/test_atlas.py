@@ -15,9 +15,10 @@ from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.support.ui import Select, WebDriverWait
 
+import tools.atlas.__main__ as generator
 from marlune.tables.data_tables import REPO_TABLES
+from tools import TOP
 
-TOP = Path(__file__).resolve().parents[2]
 RECONSTRUCTED = ["IASS90", "SS90TOT", "SS90ABS"]
 
 # ---- the logic, by node ----
@@ -111,17 +112,7 @@ def rows_of(payload):
     return [list(map(repr, row)) for row in zip(ages, *series, strict=True)]
 
 
-@pytest.fixture(scope="module")
-def generator():
-    """What writes the page."""
-    with pytest.MonkeyPatch.context() as patch:
-        patch.syspath_prepend(TOP / "tools")
-        import atlas
-
-        yield atlas
-
-
-def test_logic(generator, tmp_path):
+def test_logic(tmp_path):
     figures = tmp_path / "figures.json"
     content = {
         "contents": generator.contents(),
@@ -184,9 +175,9 @@ class Atlas:
 
 
 @pytest.fixture(scope="module")
-def atlas(generator, tmp_path_factory):
+def atlas(tmp_path_factory):
     file = tmp_path_factory.mktemp("atlas") / "atlas.html"
-    command = [sys.executable, str(TOP / "tools/atlas.py"), str(file)]
+    command = [sys.executable, "-m", "tools.atlas", str(file)]
     subprocess.run(command, check=True, capture_output=True)
     assert file.read_text("utf-8") == generator.page()  # built twice, the same
     driver = generator.browser(file.parent)

@@ -86,7 +86,7 @@ def test_changed_column_needs_a_row_in_the_changelog(tmp_path):
         register.write_text(json.dumps({"tables": tables}), encoding="utf-8")
         (tmp_path / "pyproject.toml").write_text(f"[project]\nversion = '{version}'\n")
         (tmp_path / "CHANGELOG.md").write_text(changelog, encoding="utf-8")
-        command = [sys.executable, TOP / "tools" / "changelog.py", tmp_path]
+        command = [sys.executable, "-m", "tools.changelog", tmp_path]
         done = subprocess.run(command, capture_output=True, text=True, check=False)
         assert (done.returncode == 0) == (done.stderr == "")
         return done.stderr

@@ -4,13 +4,12 @@ import re
 import shutil
 import subprocess
 import sys
-from pathlib import Path
 
 import pytest
 
 import marlune.tables.data_tables as module
+from tools import TOP, provenance
 
-TOP = Path(__file__).resolve().parents[2]
 IDLE = "[[columns]]\ncolumns = 'X'\nplace = '-'\ndocuments = []\n"
 CHANGES = {
     "no purpose": ("pasem2010", "PASEM2010 =", "PASEM2011 =", "PASEM2010: 0 files"),
@@ -34,9 +33,6 @@ CHANGES = {
 
 @pytest.mark.parametrize("change", CHANGES)
 def test_file_that_does_not_fit_is_refused(change, tmp_path, monkeypatch):
-    monkeypatch.syspath_prepend(TOP / "tools")
-    import provenance
-
     file, good, bad, message = CHANGES[change]
     shutil.copytree(TOP / "provenance", tmp_path, dirs_exist_ok=True)
     changed = tmp_path / f"{file}.toml"
@@ -50,7 +46,7 @@ def test_file_that_does_not_fit_is_refused(change, tmp_path, monkeypatch):
 
 
 def test_reconstructed_ages_are_marked_in_the_row_of_their_table():
-    command = [sys.executable, TOP / "tools" / "catalogue.py"]
+    command = [sys.executable, "-m", "tools.catalogue"]
     printed = subprocess.run(command, capture_output=True, text=True, check=True).stdout
     stub = (TOP / "marlune" / "tables" / "data_tables.pyi").read_text("utf-8")
     hints = re.findall(r'^(\w+): .*\n"""([^"]*)', stub, re.M)

@@ -6,28 +6,25 @@ import gzip
 import io
 import json
 import struct
-import sys
 import zipfile
 from decimal import ROUND_HALF_UP, Decimal
 from fnmatch import fnmatchcase
-from pathlib import Path
 
 import openpyxl
 import pytest
 import xlwt
 
-sys.path.insert(0, str(Path(__file__).parents[2] / "tools"))
-sys.path.insert(0, str(Path(__file__).parents[2] / "tools" / "verify"))
-
-import chile
-import formats
-import record
-import second_sources
-import society_of_actuaries
-import spain_boe
-import spain_studies
-import verify
-from compare import HELD
+import tools.verify.__main__ as verify
+from tools.verify import (
+    chile,
+    formats,
+    record,
+    second_sources,
+    society_of_actuaries,
+    spain_boe,
+    spain_studies,
+)
+from tools.verify.compare import HELD
 
 FACTS = record.load()
 AGES = range(121)

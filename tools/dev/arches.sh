@@ -14,5 +14,5 @@ arches_command() {
   done
   ask_for "${sets[@]}"
   build release
-  python_of release "$here/tools/arches.py" "${named[@]}"
+  tool_of release arches "${named[@]}"
 }

@@ -62,6 +62,13 @@ interpreter_of() {
   esac
 }
 
+# Runs a module of tools/ with a build. Neither the caller's folder nor his PYTHONPATH is searched.
+tool_of() {
+  local preset=$1 module=$2
+  shift 2
+  PYTHONPATH=$here python_of "$preset" -P -m "tools.$module" "$@"
+}
+
 # Runs the interpreter of a build with the module installed by it.
 python_of() {
   local preset=$1 python

@@ -30,7 +30,7 @@ run_tests() {
   # The sanitizer sees through the interpreter's own allocator only when that is out of the way.
   [ "$preset" != sanitize ] || allocator=malloc
   (cd "$here" && PYTHONMALLOC=$allocator PYTHONDONTWRITEBYTECODE=1 DATA_TABLES_BUILD=$preset \
-    look_for_leaks=1 python_of "$preset" -m pytest "$@")
+    look_for_leaks=1 PYTHONPATH=$here python_of "$preset" -m pytest "$@")
 }
 
 # ./dev test [--all | ARGUMENTS]

@@ -2,8 +2,8 @@
 
 import re
 
-from formats import read_columns, text_of
-from printed import Printed, UnreadableError
+from tools.verify.formats import read_columns, text_of
+from tools.verify.printed import Printed, UnreadableError
 
 NAME = "articles-20210_tablas_mort_hist.xlsx"
 TITLE = re.compile(r"TABLA(CB|MI|RV|B)-2020-(HOMBRES|MUJERES)")

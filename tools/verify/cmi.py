@@ -1,7 +1,7 @@
 """The CMI's own workbook of the 92 Series: sheets AM92 and AF92."""
 
-from formats import read_columns, text_of
-from printed import Printed
+from tools.verify.formats import read_columns, text_of
+from tools.verify.printed import Printed
 
 NAME = "92series.xls"
 SHEETS = {"AM92": "qx_m", "AF92": "qx_f"}

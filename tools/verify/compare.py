@@ -3,9 +3,8 @@
 from dataclasses import dataclass, field
 from decimal import ROUND_HALF_UP, Decimal
 
-from printed import DOUBLE
-
 from marlune.tables.data_tables import REPO_TABLES
+from tools.verify.printed import DOUBLE
 
 
 @dataclass

@@ -9,7 +9,7 @@ import xml.etree.ElementTree as ElementTree
 import zipfile
 from pathlib import Path
 
-from printed import UnreadableError, number_of
+from tools.verify.printed import UnreadableError, number_of
 
 MIB = 1 << 20
 LARGEST_FILE = 64 * MIB

@@ -1,7 +1,7 @@
 """The workbook "DAV 2004 R": base tables, trends, select factors."""
 
-from formats import read_columns, text_of
-from printed import Printed, UnreadableError
+from tools.verify.formats import read_columns, text_of
+from tools.verify.printed import Printed, UnreadableError
 
 NAME = "Germany_Annuities_DAV_2004R.xlsx"
 SEXES = {"Männer": "m", "Frauen": "f"}

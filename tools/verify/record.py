@@ -5,7 +5,7 @@ from dataclasses import dataclass
 from decimal import Decimal
 from fnmatch import fnmatchcase
 
-import provenance
+from tools import provenance
 
 DECLARED = "declared.toml"
 # What a declared difference says of cells; the file tells what each means.

@@ -1,6 +1,6 @@
 """Copies of other authors: GAM 71 as text and from R, PEAIM/F-2007 and PASEM 2010 as text."""
 
-from printed import Printed, UnreadableError, age_of, figure_of, number_of
+from tools.verify.printed import Printed, UnreadableError, age_of, figure_of, number_of
 
 # Each by its head: name of the document, and table and column of each cell.
 TEXTS = {

@@ -1,6 +1,6 @@
 """The Society of Actuaries' tables as XTbML, one file for each table number."""
 
-from printed import Printed, UnreadableError, age_of, figure_of
+from tools.verify.printed import Printed, UnreadableError, age_of, figure_of
 
 COLUMNS = {
     "817": ("GAM71", "qx_f"),

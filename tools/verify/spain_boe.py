@@ -3,7 +3,7 @@
 import re
 from decimal import Decimal
 
-from printed import Printed, UnreadableError
+from tools.verify.printed import Printed, UnreadableError
 
 NAME = "BOE-A-2020-17154.pdf"
 

@@ -3,8 +3,8 @@
 import re
 from decimal import Decimal
 
-from formats import read_columns, text_of
-from printed import Printed, UnreadableError
+from tools.verify.formats import read_columns, text_of
+from tools.verify.printed import Printed, UnreadableError
 
 PASEM = "PASEM2010-study.pdf"
 PASEM_HEAD = ["Edad", "Hombre", "qx", "Mujer", "qx", "GKM95", "GKF95"]

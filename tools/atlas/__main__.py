@@ -19,13 +19,10 @@ import sys
 import tempfile
 from pathlib import Path
 
-import digest  # this and the next are beside this file
-
-import provenance
 from marlune.tables import data_tables
+from tools import TOP, digest, provenance
 
-TOP = Path(__file__).resolve().parent.parent
-PARTS = Path(__file__).resolve().parent / "atlas"
+PARTS = Path(__file__).resolve().parent
 COMMITTED = TOP / "docs" / "atlas.html"
 # What the documentation shows: view, size, colour scheme.
 PICTURES = {

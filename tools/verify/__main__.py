@@ -22,22 +22,21 @@ import sys
 from collections import Counter
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
-
-import chile
-import cmi
-import germany_dav
-import page
-import record
-import second_sources
-import society_of_actuaries
-import spain_boe
-import spain_studies
-from compare import compare
-from formats import SUFFIXES, open_document, read_file
-from printed import UnreadableError
-
-import provenance
+from tools import provenance
+from tools.verify import (
+    chile,
+    cmi,
+    germany_dav,
+    page,
+    record,
+    second_sources,
+    society_of_actuaries,
+    spain_boe,
+    spain_studies,
+)
+from tools.verify.compare import compare
+from tools.verify.formats import SUFFIXES, open_document, read_file
+from tools.verify.printed import UnreadableError
 
 READERS = (
     spain_boe, spain_studies, germany_dav, society_of_actuaries, cmi, chile, second_sources,

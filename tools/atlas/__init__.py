@@ -1,0 +1,1 @@
+"""The atlas: all tables as one page to look at."""

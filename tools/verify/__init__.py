@@ -1,0 +1,1 @@
+"""Publications, compared with the module figure by figure."""
