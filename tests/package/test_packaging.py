@@ -1,4 +1,4 @@
-# ./dev adds: package old_compiler
+# ./dev adds: package gcc12
 """The package as people install it, the interpreters that it refuses, and its changelog."""
 
 import json

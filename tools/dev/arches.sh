@@ -5,14 +5,14 @@ arches=(arm64 s390x riscv64 ppc64el armhf i386)
 
 # ./dev arches [ARCHITECTURE...]
 arches_command() {
-  local name system sets=() named=()
+  local name sets=() named=()
   [ $# -gt 0 ] || set -- "${arches[@]}"
   for name in "$@"; do
     [ -n "${triplet[$name]:-}" ] || fail "not one of ${arches[*]}: $name"
-    extract_system "$suite" "$name" python3.14-minimal libpython3.14-dev
-    sets+=("to-$name") named+=("$name" "${triplet[$name]}" "$system")
+    extract_packages "$suite" "$name" python3.14-minimal libpython3.14-dev
+    sets+=("to-$name") named+=("$name" "${triplet[$name]}" "$extracted")
   done
-  ask_for "${sets[@]}"
+  need "${sets[@]}"
   build release
   tool_of release arches "${named[@]}"
 }

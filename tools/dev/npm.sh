@@ -13,14 +13,14 @@ npm_modules() {
   if [ ! -d "$folder" ]; then
     open_cache
     if [ ! -d "$folder" ]; then
-      command -v npm >/dev/null || install_here npm
+      have_here npm npm
       say 'fetching the packages of package-lock.json'
       mkdir "$folder.partial"
       cp "$here/package.json" "$here/package-lock.json" "$folder.partial"
       # It ends with this script, however that ends.
       (cd "$folder.partial" && exec setpriv --pdeathsig KILL \
         npm ci --ignore-scripts --no-audit --no-fund) >"$log" 2>&1 </dev/null || {
-        tail -n 20 "$log" >&2
+        explain "$log"
         rm -rf "$folder.partial"
         fail "npm cannot install the packages; the log is $log"
       }

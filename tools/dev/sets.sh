@@ -22,9 +22,11 @@ set_is debug 'the debug interpreter' \
   'python3.14-dbg' 'python3.14-dbg'
 set_is python315 'the next interpreter' \
   'python3.15 python3.15-dbg' 'python3.15-dev python3.15-dbg python3.15-venv'
-set_is checks 'formatting and static analysis' \
-  'clang-format clang-tidy mypy git ruff shellcheck' \
-  'clang-format clang-tidy mypy git ruff shellcheck'
+set_is checks 'formatting, static analysis and spelling' \
+  'clang-format clang-tidy mypy git ruff shellcheck codespell' \
+  'clang-format clang-tidy mypy git ruff shellcheck codespell'
+set_is machines 'what makes machines, for the tests that set them up from nothing' \
+  'mmdebstrap bwrap git' 'mmdebstrap bubblewrap git'
 set_is types 'type checkers, and Node for the one from npm' \
   '.mypy node' 'mypy nodejs'
 set_is browser 'Chromium, for the atlas' \

@@ -5,6 +5,21 @@ sets_of_files() {
   sed -n 's/^# \.\/dev adds: //p' "$@" | tr ' ' '\n' | sort -u
 }
 
+# Sets `arguments_from_top` to pytest arguments with paths from the caller's folder as paths from the
+# top. Some options are followed by a text that is no path, whatever there is of that name.
+from_top() {
+  local argument before='' path
+  arguments_from_top=()
+  for argument in "$@"; do
+    path=${argument%%::*}
+    if [ "$caller" != "$here" ] && [[ $argument != -* && $before != -[kmnoprW] && -e $caller/$path ]]; then
+      argument=$(realpath --relative-to="$here" -- "$caller/$path")${argument#"$path"}
+    fi
+    arguments_from_top+=("$argument")
+    before=$argument
+  done
+}
+
 # Test files below files or folders; a test may be named behind a file.
 files_below() {
   local path
@@ -14,9 +29,10 @@ files_below() {
   done | sort -u
 }
 
-# The test files that are for `./dev test --all` only: those with something from npm or a browser.
+# The test files that are for `./dev test --all` only: those with something from npm, a browser, or
+# machines of their own.
 files_for_all() {
-  grep -lrE --include='*.py' '^# \./dev adds: .*\b(npm|browser)\b' "$here/tests"
+  (cd "$here" && grep -lrE --include='*.py' '^# \./dev adds: .*\b(npm|browser|machines|checks)\b' tests)
 }
 
 run_tests() {
@@ -29,8 +45,13 @@ run_tests() {
   local allocator=debug
   # The sanitizer sees through the interpreter's own allocator only when that is out of the way.
   [ "$preset" != sanitize ] || allocator=malloc
+  local look_for_leaks=1
+  if [ "$preset" = sanitize ] && ! grep -q '^TracerPid:\s0$' /proc/self/status; then
+    say 'NOT looked for leaks: that cannot be where proot follows each system call'
+    look_for_leaks=0
+  fi
   (cd "$here" && PYTHONMALLOC=$allocator PYTHONDONTWRITEBYTECODE=1 DATA_TABLES_BUILD=$preset \
-    look_for_leaks=1 PYTHONPATH=$here python_of "$preset" -m pytest "$@")
+    PYTHONPATH=$here python_of "$preset" -m pytest "$@")
 }
 
 # ./dev test [--all | ARGUMENTS]
@@ -48,22 +69,24 @@ test_command() {
     else
       say 'NOT tested with CPython 3.15: this machine has none'
     fi
-    ask_for tests clang debug "${sets[@]}"
+    need tests clang debug "${sets[@]}"
     for preset in "${presets[@]}"; do
       run_tests "$preset" "${parallel[@]}" "$@"
     done
     return
   fi
+  from_top "$@"
+  set -- "${arguments_from_top[@]}"
   mapfile -t files < <(files_below "$@")
   if [ ${#files[@]} = 0 ]; then
     # Nothing is named: all but what is for --all.
     set -- "${parallel[@]}" "$@"
     while read -r file; do
-      set -- "$@" --ignore="${file#"$here/"}"
+      set -- "$@" --ignore="$file"
     done < <(files_for_all)
-    mapfile -t files < <(files_below tests | grep -vxFf <(files_for_all | sed "s|^$here/||"))
+    mapfile -t files < <(files_below tests | grep -vxFf <(files_for_all))
   fi
   mapfile -t sets < <([ "$preset" != release ] || sets_of_files "${files[@]}")
-  ask_for tests $(sets_of_build "$preset") "${sets[@]}"
+  need tests $(sets_of_build "$preset") "${sets[@]}"
   run_tests "$preset" "$@"
 }
