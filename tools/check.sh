@@ -1,58 +1,126 @@
-# Sourced by `dev check`: what keeps the tree clean. Each step is silent when it finds nothing.
-# $here is the top of the tree, $preset the build, python_of its interpreter.
+# Sourced by `dev check`: what keeps the tree clean, step by step. A step is silent when it finds
+# nothing. $preset is the build.
 
-cd "$here"
-mapfile -t sources < <(git ls-files --cached --others --exclude-standard 'tables/*.cpp')
-mapfile -t headers < <(git ls-files --cached --others --exclude-standard 'tables/*.hpp')
+steps=(shell python headers tidy stub documents publications atlas changelog types format spelling)
+declare -A checks=(
+  [shell]='the shell scripts'
+  [python]='style and formatting of Python (ruff check --fix and ruff format mend most of it)'
+  [headers]='that each header compiles alone'
+  [tidy]='clang-tidy (about a minute)'
+  [stub]='the stub against the module'
+  [documents]='stub, catalogue, provenance and register against the tables'
+  [publications]='the module against the publications in DATA_TABLES_SOURCES'
+  [atlas]='that docs/atlas.html is what ./dev atlas writes'
+  [changelog]='that the changelog names every changed column'
+  [types]='the types of the packaging tools'
+  [format]='that clang-format changes nothing'
+  [spelling]='spelling'
+)
 
-say 'checking the shell scripts and Python'
-shellcheck --check-sourced dev .ci/run
-{ ruff check --quiet --no-cache . && ruff format --quiet --no-cache --check .; } ||
-  fail 'ruff has found something: ruff check --fix and ruff format mend most of it'
+# The tree's files of these patterns, also where git does not trust the folder or there is no git;
+# an error where there are none.
+tree_files() {
+  local files
+  if [ -e .git ]; then
+    mapfile -t files < <(git -c safe.directory="$here" ls-files --cached --others \
+      --exclude-standard --deduplicate -- "$@" | while read -r file; do
+      [ ! -e "$file" ] || printf '%s\n' "$file"
+    done)
+  else
+    local pattern names=()
+    for pattern in "$@"; do names+=(-o -path "./$pattern"); done
+    mapfile -t files < <(find . \( -path ./build -o -path ./dist \) -prune -o \
+      -type f \( "${names[@]:1}" \) -printf '%P\n')
+  fi
+  [ ${#files[@]} -gt 0 ] || fail "there are no files: $*"
+  printf '%s\n' "${files[@]}"
+}
 
-say 'checking that each header compiles alone'
-include=$(python3.14 -c 'import sysconfig; print(sysconfig.get_path("include"))')
-printf '%s\n' "${headers[@]}" | xargs -P "$(nproc)" -I{} "${CXX:-c++}" -std=c++20 \
-  -fsyntax-only -Wall -Wextra -Itables -isystem "$include" -include {} -xc++ /dev/null ||
-  fail 'a header does not compile alone'
+# What a command says where it fails.
+quiet() {
+  local log=build/check.log
+  mkdir -p build
+  "$@" >"$log" 2>&1 || { cat "$log" >&2; return 1; }
+}
 
-say 'running clang-tidy (about a minute)'
-build clang
-printf '%s\n' "${sources[@]}" |
-  xargs -P "$(nproc)" -n 1 clang-tidy --quiet -p build/clang 2>build/clang-tidy.log ||
-  fail 'clang-tidy has found something'
+check_shell() { shellcheck --check-sourced dev .ci/run; }
 
-say 'checking the stub against the module'
-# Aliases cannot be marked as being for checkers only, as the classes of the stub are.
-aliases=build/stubtest-allowlist
-sed -n 's/^type \([A-Z][A-Za-z]*\) = .*/marlune.tables.data_tables.\1/p' \
-  marlune/tables/data_tables.pyi >"$aliases"
-MYPYPATH=. python_of "$preset" -m mypy.stubtest --concise \
-  --mypy-config-file pyproject.toml --allowlist "$aliases" marlune.tables.data_tables \
-  >build/stubtest.log || { cat build/stubtest.log >&2; fail 'the stub and the module disagree'; }
+check_python() { ruff check --quiet --no-cache . && ruff format --quiet --no-cache --check .; }
 
-say 'checking stub, catalogue, provenance and register against the tables'
-tool_of "$preset" documents
+check_headers() {
+  local include compiler headers
+  headers=$(tree_files 'tables/*.hpp') || return
+  include=$(python3.14 -I -c 'import sysconfig; print(sysconfig.get_path("include"))')
+  read -ra compiler < <(compiler_of release)
+  xargs -d '\n' -P "$(nproc)" -I{} "${compiler[@]}" -std=c++20 -fsyntax-only -Wall -Wextra -Itables \
+    -isystem "$include" -include {} -xc++ /dev/null <<<"$headers"
+}
 
-if [ -n "${DATA_TABLES_SOURCES:-}" ]; then
-  say "verifying the module against the publications in $DATA_TABLES_SOURCES"
-  tool_of "$preset" verify --all "$DATA_TABLES_SOURCES" >build/verify.log ||
-    { cat build/verify.log >&2; fail 'the module and the publications disagree'; }
-  say "$(grep -m1 ' figures: ' build/verify.log)"
-fi
+check_tidy() {
+  local sources
+  sources=$(tree_files 'tables/*.cpp') || return
+  build clang
+  xargs -d '\n' -P "$(nproc)" -n 1 clang-tidy --quiet -p build/clang 2>build/clang-tidy.log \
+    <<<"$sources"
+}
 
-if [ -n "${DATA_TABLES_NPM:-}" ]; then
-  say 'checking that docs/atlas.html is what ./dev atlas writes'
-  tool_of "$preset" atlas --check
-else
-  say 'not compared, because there is no npm: docs/atlas.html'
-fi
+check_stub() {
+  # Aliases cannot be marked as being for checkers only, as the classes of the stub are.
+  local aliases=build/stubtest-allowlist
+  build "$preset"
+  sed -n 's/^type \([A-Z][A-Za-z]*\) = .*/marlune.tables.data_tables.\1/p' \
+    marlune/tables/data_tables.pyi >"$aliases"
+  MYPYPATH=. quiet python_of "$preset" -m mypy.stubtest --concise \
+    --mypy-config-file pyproject.toml --allowlist "$aliases" marlune.tables.data_tables
+}
 
-say 'checking that the changelog names every changed column'
-tool_of "$preset" changelog
+check_documents() { build "$preset" && tool_of "$preset" documents; }
 
-say 'checking the types of the packaging tools'
-mypy tools/__init__.py tools/wheel.py tools/changelog.py >build/mypy.log || { cat build/mypy.log >&2; fail 'mypy'; }
+check_publications() {
+  local folders
+  if [ -z "${DATA_TABLES_SOURCES:-}" ]; then
+    say 'NOT verified against the publications: DATA_TABLES_SOURCES names none'
+    return
+  fi
+  build "$preset"
+  IFS=: read -ra folders <<<"$DATA_TABLES_SOURCES"
+  quiet tool_of "$preset" verify --all "${folders[@]}" && say "$(grep -m1 ' figures: ' build/check.log)"
+}
 
-say 'checking that formatting changes nothing'
-clang-format --dry-run --Werror "${sources[@]}" "${headers[@]}"
+check_atlas() {
+  if [ -z "${DATA_TABLES_NPM:-}" ]; then
+    say 'NOT compared, because there is no npm: docs/atlas.html'
+    return
+  fi
+  build "$preset" && tool_of "$preset" atlas --check
+}
+
+check_changelog() { build "$preset" && tool_of "$preset" changelog; }
+
+check_types() { quiet mypy tools/__init__.py tools/wheel.py tools/changelog.py; }
+
+check_format() {
+  local files
+  files=$(tree_files 'tables/*.cpp' 'tables/*.hpp') || return
+  xargs -d '\n' clang-format --dry-run --Werror <<<"$files"
+}
+
+check_spelling() {
+  local files
+  files=$(tree_files '*.md' '*.py' '*.sh' '*.cpp' '*.hpp' '*.js' '*.toml' dev .ci/run) || return
+  xargs -d '\n' codespell <<<"$files"
+}
+
+# ./dev check [STEP...]
+check_command() {
+  local step
+  cd "$here"
+  [ $# -gt 0 ] || set -- "${steps[@]}"
+  for step in "$@"; do
+    [ -n "${checks[$step]:-}" ] || fail "not one of ${steps[*]}: $step"
+  done
+  for step in "$@"; do
+    say "checking ${checks[$step]}"
+    "check_$step" || fail "$step: that is not as it has to be"
+  done
+}
