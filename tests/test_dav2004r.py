@@ -5,14 +5,15 @@ from decimal import Decimal
 from fractions import Fraction
 
 import pytest
-from compiler import compile_source
 from hypothesis import HealthCheck, given, settings
 from hypothesis import strategies as st
 
 import marlune.tables.data_tables as module
+from compiler import compile_source
 from marlune.tables.data_tables import _DAV2004R_DATA as DATA
 from marlune.tables.data_tables import _build_dav2004r_data as build
 from marlune.tables.data_tables import _dav_mi_linear as blend
+from tools.digest import objects_of
 
 YEARS = list(range(2004, 2025))
 
@@ -248,15 +249,13 @@ def test_select_durations_are_the_ultimate_rates_times_the_factors():
 
 
 def lists_in(data):
-    if isinstance(data, list):
-        return {id(data): data}
-    return {key: value for item in data.values() for key, value in lists_in(item).items()}
+    return {id(each) for each in objects_of(data) if isinstance(each, list)}
 
 
 def test_every_call_builds_anew():
     again = build()
     assert again == DATA and again is not DATA
-    assert not lists_in(again).keys() & lists_in(DATA).keys()
+    assert not lists_in(again) & lists_in(DATA)
     assert again["SelUlt_2o"]["MI_f"] is again["Agg_2o"]["MI_f"]
     with pytest.raises(TypeError, match=r"_build_dav2004r_data\(\) takes no arguments"):
         build(1)

@@ -4,10 +4,9 @@ import hashlib
 import json
 from pathlib import Path
 
+import marlune.tables.data_tables as module
 from columns import lists_of
 from fresh import run
-
-import marlune.tables.data_tables as module
 from marlune.tables.data_tables import REPO_TABLES
 from tools.digest import digests_of
 

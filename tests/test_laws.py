@@ -8,8 +8,8 @@ from fractions import Fraction
 from itertools import pairwise
 
 import pytest
-from columns import PUBLISHED, differences
 
+from columns import PUBLISHED, differences
 from marlune.tables.data_tables import REPO_TABLES
 
 

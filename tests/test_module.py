@@ -7,10 +7,10 @@ import sysconfig
 from pathlib import Path
 
 import pytest
-from compiler import SOURCE
-from fresh import run
 
 import marlune.tables.data_tables as module
+from compiler import SOURCE
+from fresh import run
 
 NAME = "marlune.tables.data_tables"
 

@@ -5,17 +5,11 @@ import re
 import sys
 
 import pytest
-from columns import PUBLISHED, SYNTHETIC
 
 import marlune.tables.data_tables as module
+from columns import PUBLISHED, SYNTHETIC
 from marlune.tables.data_tables import REPO_TABLES
-
-ATTRIBUTES = {
-    name: value
-    for name, value in vars(module).items()
-    if isinstance(value, (dict, list)) and not name.startswith("__")
-}
-
+from tools.digest import attributes_of, objects_of
 
 # They hold what the base vectors hold, in lists of their own.
 OWN_LISTS = {"DummyLIFE_1Sm", "DummyLIFE_1Sf", "DummyEXIT_Gen"}
@@ -32,8 +26,8 @@ def holders():
             for key, item in value.items():
                 walk(f"{path} {key}", item)
 
-    for name, value in ATTRIBUTES.items():
-        if name != "REPO_TABLES":
+    for name, value in attributes_of(module).items():
+        if name not in ("REPO_TABLES", "__test__"):
             walk(name, value)
     return {frozenset(paths) for paths in found.values() if len(paths) > 1}
 
@@ -54,11 +48,12 @@ def declared():
                     for path in (key, *(f"{key} {label}" for label in column if table is select))
                 ]
         for key in ("MI_m", "MI_f"):
-            years = [f" {year}" for year in range(2004, 2025)] if order == "2o" else []
+            years = range(2004, 2025) if order == "2o" else ()
             tables = [f"{table} data" for table in (aggregate, select)]
-            inner = [f"_DAV2004R_DATA {kind}_{order}" for kind in ("Agg", "SelUlt")]
-            starts = [f"{start} {key}" for start in tables + inner]
-            shared += [{start + path for start in starts} for path in ("", *years)]
+            built = [f"_DAV2004R_DATA {kind}_{order}" for kind in ("Agg", "SelUlt")]
+            starts = [f"{start} {key}" for start in tables + built]
+            grids = ["", *(f" {year}" for year in years)]
+            shared += [{start + grid for start in starts} for grid in grids]
     for base, kinds in (
         ("_QX_LIFE", ("LIFE qx_m", "LIFE qx_f")), ("_IX_M_BASE", ("SD ix_m",)),
         ("_IX_F_BASE", ("SD ix_f",)),
@@ -92,19 +87,6 @@ def test_collector_knows_every_list():
             assert gc.is_tracked(rates)
 
 
-def values_in(value, kind):
-    """Every value of a type that can be reached, keys among them."""
-    if isinstance(value, dict):
-        for key, item in value.items():
-            yield from values_in(key, kind)
-            yield from values_in(item, kind)
-    elif isinstance(value, list):
-        for item in value:
-            yield from values_in(item, kind)
-    elif type(value) is kind:
-        yield value
-
-
 LITERALS = {
     "published": [REPO_TABLES[name] for name in PUBLISHED if not name.startswith("DAV2004R")],
     "synthetic": [REPO_TABLES[name] for name in SYNTHETIC],
@@ -118,14 +100,12 @@ LITERALS = {
 )
 def test_a_literal_is_one_object(where, kind, number):
     """Wherever it stands; in synthetic tables this is said of the ends of their columns."""
-    objects = {}
-    for value in values_in(LITERALS[where], kind):
-        if (where, kind) != ("synthetic", float) or value in (0.0, 1.0):
-            objects.setdefault(value, set()).add(id(value))
-    assert all(len(ids) == 1 for ids in objects.values())
-    assert len(objects) >= number
+    values = [each for each in objects_of(LITERALS[where]) if type(each) is kind]
+    if (where, kind) == ("synthetic", float):
+        values = [each for each in values if each in (0.0, 1.0)]
+    assert len(set(values)) == len(values) >= number
 
 
 def test_texts_like_names_are_interned_and_no_others():
-    for text in values_in(REPO_TABLES, str):
+    for text in filter(lambda each: type(each) is str, objects_of(REPO_TABLES)):
         assert sys._is_interned(text) == bool(re.fullmatch(r"[A-Za-z0-9_]+", text)), text

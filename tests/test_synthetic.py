@@ -4,10 +4,9 @@ import math
 import subprocess
 from random import Random
 
+import marlune.tables.data_tables as module
 from compiler import compile_source
 from fresh import run
-
-import marlune.tables.data_tables as module
 
 
 def test_telling_computed_values():

@@ -43,7 +43,9 @@ def import_it():
 
 def new_module():
     """The create step alone."""
-    return importlib.util.module_from_spec(importlib.util.find_spec(NAME))
+    spec = importlib.util.find_spec(NAME)
+    assert spec
+    return importlib.util.module_from_spec(spec)
 
 
 def failure_of(action, *arguments):

@@ -10,6 +10,7 @@ one rate is changed: its digest has to differ.
 import os
 import subprocess
 import sys
+from pathlib import Path
 
 from marlune.tables import data_tables
 from tools import TOP
@@ -27,7 +28,8 @@ sys.path.append({str(TOP)!r})
 if sys.argv[1] == "by every rule":
     own = zip, round
     builtins.zip, builtins.round = lambda *lists: own[0](*lists), lambda *rest: own[1](*rest)
-from tools.digest import data_tables, digest_of
+from marlune.tables import data_tables
+from tools.digest import digest_of
 if sys.argv[1] == "control":
     rates = data_tables.PER2020_Ind_1o["data"]["qx_f"]
     rates[65] = math.nextafter(rates[65], 1)
@@ -35,7 +37,7 @@ print(digest_of(data_tables)[0])
 """
 
 
-def run(*command):
+def run(*command: str | Path) -> str:
     """What the command prints; when it fails, the end of that and of this program."""
     done = subprocess.run(command, capture_output=True, text=True, check=False)
     if done.returncode != 0:
@@ -45,14 +47,14 @@ def run(*command):
     return done.stdout.strip()
 
 
-def script(path, line):
+def script(path: Path, line: str) -> Path:
     path.parent.mkdir(parents=True, exist_ok=True)
     path.write_text(f"#!/bin/sh\n{line}\n", encoding="utf-8")
     path.chmod(0o755)
     return path
 
 
-def built(folder, name, triplet, system):
+def built(folder: Path, name: str, triplet: str, system: str) -> Path:
     """The interpreter of an architecture, which imports the module built into the folder."""
     # No root of the architecture is configured: the interpreter is told where its files are.
     python = script(
@@ -71,7 +73,7 @@ def built(folder, name, triplet, system):
     return python
 
 
-def main(arguments):
+def main(arguments: list[str]) -> None:
     os.chdir(TOP)
     expected = digest_of(data_tables)[0]
     print(f"this machine: {expected}")

@@ -10,63 +10,69 @@ follows with a digest of its own, as tests/test_inventory.py has them.
 import hashlib
 import struct
 import sys
+from collections.abc import Iterable, Iterator
+from itertools import chain
+from types import ModuleType
+from typing import Any
 
-from marlune.tables import data_tables
+
+def slots_of(value: Any, met: dict[int, int]) -> Iterator[Any]:
+    """The value and, in their order, what stands in every slot of it, keys before their values.
+
+    A list or dict is entered where it is met first: `met` numbers them by their id.
+    """
+    yield value
+    if type(value) in (dict, list) and id(value) not in met:
+        met[id(value)] = len(met)
+        for item in chain.from_iterable(value.items()) if type(value) is dict else value:
+            yield from slots_of(item, met)
 
 
-class Digest:
-    """Reads values into a hash; an object that was met before is named by its number."""
+def objects_of(value: Any) -> list[Any]:
+    """Every object that the value holds, itself among them, once."""
+    return list({id(each): each for each in slots_of(value, {})}.values())
 
-    def __init__(self):
-        self.hash, self.floats = hashlib.sha256(), hashlib.sha256()
-        self.containers, self.float_objects = {}, {}
 
-    def add(self, text):
-        self.hash.update(f"{len(text)} {text}".encode())
+def attributes_of(module: ModuleType) -> dict[str, Any]:
+    """What the module binds, without what every module has."""
+    names = [name for name in vars(module) if name == "__test__" or name[:2] != "__"]
+    return {name: getattr(module, name) for name in names}
 
-    def read(self, value):
+
+def digest(values: Iterable[Any]) -> tuple[str, int, str]:
+    """The digest of the values, and the number and the digest of their float objects."""
+    met: dict[int, int] = {}
+    float_objects: dict[int, int] = {}
+    whole, floats = hashlib.sha256(), hashlib.sha256()
+    for value in chain.from_iterable(slots_of(each, met) for each in values):
         kind = type(value)
+        text = f"{kind.__name__} "
         if kind in (dict, list):
-            met = id(value) in self.containers
-            number = self.containers.setdefault(id(value), len(self.containers))
-            self.add(f"{kind.__name__} {number} of {len(value)}")
-            if met:
-                return
-            for item in value.items() if kind is dict else value:
-                for each in item if kind is dict else (item,):
-                    self.read(each)
+            text += f"{met.get(id(value), len(met))} of {len(value)}"
         elif kind is float:
-            self.add(f"float {struct.pack('<d', value).hex()}")
-            number = self.float_objects.setdefault(id(value), len(self.float_objects))
-            self.floats.update(b"%d " % number)
+            text += struct.pack("<d", value).hex()
+            floats.update(b"%d " % float_objects.setdefault(id(value), len(float_objects)))
         elif kind in (int, bool, str, type(None)):
-            self.add(f"{kind.__name__} {value}")
+            text += str(value)
         else:
-            self.add(f"{kind.__name__} {value.__name__} {value.__module__} {value.__doc__}")
+            text += f"{value.__name__} {value.__module__} {value.__doc__}"
+        whole.update(f"{len(text)} {text}".encode())
+    return whole.hexdigest(), len(float_objects), floats.hexdigest()
 
 
-def digest_of(module):
-    """The digest of what the module holds, and the number and the digest of its float objects."""
-    digest = Digest()
-    digest.read(module.__doc__)
-    for name, value in vars(module).items():
-        if not name.startswith("__") or name == "__test__":
-            digest.read(name)
-            digest.read(value)
-    return digest.hash.hexdigest(), len(digest.float_objects), digest.floats.hexdigest()
+def digest_of(module: ModuleType) -> tuple[str, int, str]:
+    """The digest of all that the module holds, and those of its float objects."""
+    return digest([module.__doc__, *chain.from_iterable(attributes_of(module).items())])
 
 
-def digests_of(tables):
+def digests_of(tables: dict[str, Any]) -> dict[str, str]:
     """A short digest of each table by itself."""
-    digests = {}
-    for name, payload in tables.items():
-        digest = Digest()
-        digest.read(payload)
-        digests[name] = digest.hash.hexdigest()[:8]
-    return digests
+    return {name: digest([payload])[0][:8] for name, payload in tables.items()}
 
 
-def main(*options):
+def main(*options: str) -> None:
+    from marlune.tables import data_tables
+
     values, floats, sharing = digest_of(data_tables)
     print(values)
     if "--floats" in options:

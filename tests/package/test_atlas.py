@@ -9,13 +9,13 @@ from math import exp
 from pathlib import Path
 
 import pytest
-from columns import SYNTHETIC, lists_of
 from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.support.ui import Select, WebDriverWait
 
 import tools.atlas.__main__ as generator
+from columns import SYNTHETIC, lists_of
 from marlune.tables.data_tables import REPO_TABLES
 from tools import TOP
 

@@ -10,6 +10,7 @@ import sysconfig
 from pathlib import Path
 
 import pytest
+
 from compiler import compile_source
 
 TOP = Path(__file__).parent.parent.parent

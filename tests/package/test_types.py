@@ -126,7 +126,7 @@ def environment(request, tmp_path_factory):
         shutil.copytree(STAND_IN / "marlune", site / "marlune", ignore=hidden, dirs_exist_ok=True)
         (site / "marlune" / "py.typed").touch()
     shutil.copytree(TOP / "examples", folder / "examples")
-    settings = {"include": ["*.py", "examples"], "typeCheckingMode": "strict"}
+    settings: dict[str, object] = {"include": ["*.py", "examples"], "typeCheckingMode": "strict"}
     # So that each mistake is an error for its own reason alone.
     settings |= {"reportUnusedExpression": False, "reportPrivateUsage": False}
     (folder / "pyrightconfig.json").write_text(json.dumps(settings))

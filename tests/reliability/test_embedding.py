@@ -8,6 +8,7 @@ import textwrap
 from pathlib import Path
 
 import pytest
+
 from compiler import SOURCE
 from trials import NAME
 

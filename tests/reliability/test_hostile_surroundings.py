@@ -7,9 +7,9 @@ surroundings put right again, which has to succeed.
 import random
 
 import pytest
-from trials import trial
 
 import marlune.tables.data_tables as data_tables
+from trials import trial
 
 IMPORT = """
     import types, warnings

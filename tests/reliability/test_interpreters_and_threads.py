@@ -1,6 +1,7 @@
 """One interpreter of a process has the module; its threads share it, and forks take it along."""
 
 import pytest
+
 from trials import trial
 
 INTERPRETERS = """

@@ -4,9 +4,9 @@ Imports that fail for other reasons are looked at in the same way in test_hostil
 """
 
 import pytest
-from trials import growth, trial
 
 import marlune.tables.data_tables as module
+from trials import growth, trial
 
 blend, build = module._dav_mi_linear, module._build_dav2004r_data
 

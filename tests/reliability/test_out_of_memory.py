@@ -11,11 +11,12 @@ from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
 import pytest
+
 from trials import SANITIZED, trial
 
 PARTS = 8
 # Every point on two builds. The others differ by the compiler alone, or are slow.
-STRIDE = {"clang": 11, "sanitize": 41}.get(os.environ.get("DATA_TABLES_BUILD"), 1)
+STRIDE = {"clang": 11, "sanitize": 41}.get(os.environ.get("DATA_TABLES_BUILD", ""), 1)
 # CPython 3.15.0 itself crashes when an append in importlib, before the module is reached, fails.
 FIRST = 200 if sys.version_info[:2] == (3, 15) else 0
 
