@@ -29,10 +29,11 @@ files_below() {
   done | sort -u
 }
 
-# The test files that are for `./dev test --all` only: those with something from npm, a browser, or
-# machines of their own.
+# The test files that are for `./dev test --all` only: those with something from npm, a browser, a
+# wheel, or machines of their own.
 files_for_all() {
-  (cd "$here" && grep -lrE --include='*.py' '^# \./dev adds: .*\b(npm|browser|machines|checks)\b' tests)
+  local long='npm|browser|gcc12|machines|checks'
+  (cd "$here" && grep -lrE --include='*.py' "^# \./dev adds: .*\b($long)\b" tests)
 }
 
 run_tests() {
