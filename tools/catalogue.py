@@ -4,17 +4,19 @@ import sys
 
 from marlune.tables.data_tables import REPO_TABLES, PER2020_Ind_1o
 from tools import TOP
-from tools.provenance import ProvenanceError, markdown, register, told, warnings_of
+from tools.provenance import (
+    ProvenanceError, markdown, once, register, titled, told, warnings_of, wrapped,
+)  # fmt: skip
 
 DOCUMENT = TOP / "docs" / "catalogue.md"
 HEAD = ("name", "published name", "type", "ages", "base", "unit", "columns", "shape", "formula")
 
 
-def purpose_of(name):
+def use_of(name):
     """What the table is for, and what must not be missed."""
-    purpose = register()["tables"][name]["purpose"]
+    use = register()["tables"][name]["use"]["text"]
     warning = warnings_of(name)
-    return f"{purpose}; **{warning}**" if warning else purpose
+    return f"{use}; **{warning}**" if warning else use
 
 
 def shape_of(column):
@@ -76,28 +78,39 @@ def grades_of(name):
     return ", ".join(dict.fromkeys(doubt["grade"] for doubt in doubts)) or "-"
 
 
+def family_of(family):
+    """A family: its country, its tables, and what holds of them, each text once."""
+    names = family["tables"]
+    rows = [
+        (each, use_of(each), grades_of(each), completed_of(each), REPO_TABLES[each]["table_name"])
+        for each in names
+    ]
+    head = ("name", "for", "doubts", "completed", "published name")
+    if not family["country"]:  # synthetic tables have no other name, and nothing to doubt
+        head, rows = head[:2], [row[:2] for row in rows]
+    said = [
+        wrapped(f"- **{titled(kind)}**: {text}" + (f": {tables}." if tables else "."))
+        for kind in ("standing", "age_basis", "projection", "select")
+        for text, tables in once(names, kind)
+        if family["country"] or kind in ("projection", "select")
+    ]
+    title = f"### {family['title']}, {family['country']}"
+    return [title] * bool(family["country"]) + [markdown(head, rows), "\n".join(said)]
+
+
 def tables_of_document():
-    """The tables of the document, by the name in the comment before each."""
-    tables = register()["tables"]
+    """The lists of the document, by the name in the comment before each."""
     for kind in ("published", "synthetic"):
-        lines = [
-            line(name, payload) for name, payload in REPO_TABLES.items()
-            if tables[name]["invented"] == (kind == "synthetic")
+        families = [
+            each for each in register()["families"].values()
+            if bool(each["country"]) == (kind == "published")
         ]  # fmt: skip
-        head, uses = ["name", "for"], [[name, purpose_of(name)] for name, *_ in lines]
-        if kind == "published":  # synthetic tables have no other name, and nothing to doubt
-            head += ["doubts", "completed", "published name"]
-            for row, (name, published, *_) in zip(uses, lines):
-                row += [grades_of(name), completed_of(name), published]
-        yield f"{kind}: purpose", markdown(head, uses)
-        facts = [(name, *facts) for name, _, *facts in lines]
-        yield f"{kind}: facts", markdown(("name", *HEAD[2:]), facts)
-        rules = [
-            (name, tables[name]["projection"] or "-", tables[name]["select"] or "-")
-            for name, *_ in lines
-            if tables[name]["projection"] or tables[name]["select"]
+        parts = [part for family in families for part in family_of(family)]
+        yield f"{kind}: families", "\n\n".join(parts)
+        facts = [
+            line(name, REPO_TABLES[name]) for family in families for name in family["tables"]
         ]
-        yield f"{kind}: reading", markdown(("name", "projection", "select rates go by"), rules)
+        yield f"{kind}: facts", markdown(("name", *HEAD[2:]), [(row[0], *row[2:]) for row in facts])
 
 
 def document_text():

@@ -1,6 +1,6 @@
 """Where every table comes from: the files of the folder provenance/, joined with the module.
 
-One file for each family says what no program can know: purpose, publication, documents, doubts.
+One file for each family says what no program can know: use, publication, documents, doubts.
 What the module knows (ages, unit, closing, digest) is taken from it. Tables and columns are named
 by patterns, "TABLE" or "TABLE COLUMN" with * ? and [...]; a column is its key, after a dot the
 select duration or the calendar years. docs/provenance.md says what the words mean.
@@ -24,6 +24,9 @@ REGISTER = TOP / "marlune" / "tables" / "data_tables_sources.json"
 DOCUMENT = TOP / "docs" / "provenance.md"
 MARK = "<!-- What follows is written by `./dev python -m tools.documents --write`. -->\n"
 GRADES = ("value", "completion", "paper trail")
+# What is said of every table, with its source.
+MEANING = ("use", "standing", "age_basis")
+NOT_STATED = "not stated"
 # The cells of a row of docs/provenance.md.
 HEAD = (
     "table", "column", "place", "unit", "order", "basis", "ages", "not published", "closing",
@@ -31,11 +34,12 @@ HEAD = (
 )  # fmt: skip
 # What a file says, what is marked it has to; the rest would go unread.
 WORDS = {
-    "family": "title! country issuer! publication! purpose! reading grids default columns! agreed"
-    " facts doubts",
+    "family": "title! country issuer! publication! use! standing! age_basis! reading grids default"
+    " columns! agreed facts doubts",
+    **dict.fromkeys(MEANING, "tables! text! source"),
     "reading": "tables! projection select",
     "columns": "columns! order! basis! place! documents! computed invented",
-    "doubts": "grade! columns! ages declared text! reconstructed",
+    "doubts": "grade! columns! ages text! warning reconstructed",
     "document": "what! copy read! sha256!",
 }
 
@@ -71,11 +75,16 @@ def read_family(path):
     """A family as its file says it."""
     said = read_toml(path.name)
     expect_words("family", said, path.name)
-    lists = {kind: said.get(kind, []) for kind in ("reading", "columns", "doubts")}
+    lists = {kind: said.get(kind, []) for kind in (*MEANING, "reading", "columns", "doubts")}
     default = said.get("default", {})
     for kind, listed in lists.items():
         for item in listed:
             expect_words(kind, default | item if kind == "columns" else item, path.name)
+    for kind in MEANING:
+        for item in lists[kind]:
+            stated = not item["text"].startswith(NOT_STATED)
+            expect(stated == ("source" in item), path.name, kind, item["tables"],
+                   "says no source" if stated else "not stated, but by a source")
     for doubt in lists["doubts"]:
         expect(doubt["grade"] in GRADES, path.name, f"no such grade: {doubt['grade']}")
     others = {"country": None, "grids": {}, "default": {}, "agreed": {}, "facts": {}}
@@ -88,21 +97,21 @@ def families():
     read = [read_family(path) for path in paths]
     owner = {}
     for name in REPO_TABLES:
-        of = [each for each in read if purpose_in(each, name)]
+        of = [each for each in read if any(said_of(each["use"], name))]
         expect(len(of) == 1, name, f"{len(of)} files say what it is for, not one")
         owner[name] = of[0]
     for each in read:
         each["tables"] = [name for name in REPO_TABLES if owner[name] is each]
-        for pattern in each["purpose"]:
-            matched = any(fnmatchcase(name, pattern) for name in each["tables"])
-            expect(matched, each["id"], f"no table {pattern}")
+        for entry in (entry for kind in MEANING for entry in each[kind]):
+            matched = any(said_of([entry], name) for name in each["tables"])
+            expect(matched, each["id"], f"no table {entry['tables']}")
     order = list(REPO_TABLES)
     return sorted(read, key=lambda each: order.index(each["tables"][0]))
 
 
-def purpose_in(family, name):
-    purposes = family["purpose"]
-    return next((purposes[each] for each in purposes if fnmatchcase(name, each)), None)
+def said_of(entries, name):
+    """The entries that are about a table."""
+    return [each for each in entries if fnmatchcase(name, each["tables"])]
 
 
 def intervals(ages):
@@ -178,28 +187,14 @@ def doubt_of(doubt, columns):
     """A doubt as the register has it: the columns that it is about, and their ages."""
     ages = intervals(doubt["ages"]) if "ages" in doubt else None
     about = [each for each in map(" ".join, columns) if fnmatchcase(each, doubt["columns"])]
-    by_column = dict.fromkeys(about, ages)
-    if "declared" in doubt:
-        differing = dict(declared_ages(doubt["declared"]))
-        by_column = {each: differing[each] for each in about if each in differing}
-    expect(by_column, "a doubt is about no column", doubt)
+    expect(about, "a doubt is about no column", doubt)
     return {
         "grade": doubt["grade"],
         "text": doubt["text"],
+        "warning": doubt.get("warning"),
         "reconstructed": doubt.get("reconstructed", False),
-        "columns": by_column,
+        "columns": dict.fromkeys(about, ages),
     }
-
-
-def declared_ages(reason):
-    """The ages at which a document has other figures for this reason, by column."""
-    for entry in read_toml("declared.toml")["declared"]:
-        if entry["reason"] == reason:
-            for column, figures in entry["figures"].items():
-                ages = [int(each.partition(":")[0]) for each in figures.split(",")]
-                firsts = [age for age in ages if age - 1 not in ages]
-                lasts = [age for age in ages if age + 1 not in ages]
-                yield column, [list(pair) for pair in zip(firsts, lasts)]
 
 
 def columns_described(family, name, seen, verified):
@@ -221,6 +216,7 @@ def columns_described(family, name, seen, verified):
             **{word: entry[word] for word in ("place", "order", "basis", "documents")},
             **facts_of(name, key, lists),
             "reconstructed": [],
+            "doubtful": [],
             "completed": [],
             "verified": [
                 {word: said for word, said in each.items() if word != "digest"}
@@ -230,9 +226,13 @@ def columns_described(family, name, seen, verified):
         yield column, described
 
 
+def meant(entry):
+    return {"text": entry["text"], "source": entry.get("source")}
+
+
 def table_of(family, name, columns, doubts):
     payload = REPO_TABLES[name]
-    reading = [each for each in family["reading"] if fnmatchcase(name, each["tables"])]
+    reading = said_of(family["reading"], name)
     said = {}
     for word, needed in (("projection", payload["generational"]), ("select", "select" in payload)):
         found = [each[word] for each in reading if word in each]
@@ -247,11 +247,13 @@ def table_of(family, name, columns, doubts):
         for column, ages in doubt["columns"].items():
             if doubt["reconstructed"]:
                 columns[column]["reconstructed"] += ages
+            elif doubt["grade"] == "value":
+                columns[column]["doubtful"] += ages or [columns[column]["ages"]]
             elif doubt["grade"] == "completion":
                 columns[column]["completed"] += ages or []
     return {
         "family": family["id"],
-        "purpose": purpose_in(family, name),
+        **{kind: meant(only(said_of(family[kind], name), name, kind)) for kind in MEANING},
         "published_name": payload["table_name"],
         "invented": all(each["basis"] == "invented" for each in columns.values()),
         "type": payload["table_type"],
@@ -312,11 +314,13 @@ def published_rows():
 
 def warnings_of(name):
     """What has to be said wherever the table is named, or None."""
-    parts = dict.fromkeys(
+    table = register()["tables"][name]
+    parts = [
         f"ages {told(each['reconstructed'])} are reconstructed, not published"
-        for each in register()["tables"][name]["columns"].values() if each["reconstructed"]
-    )  # fmt: skip
-    return "; ".join(parts) or None
+        for each in table["columns"].values() if each["reconstructed"]
+    ]  # fmt: skip
+    parts += [doubt["warning"] for doubt in table["doubts"] if doubt["warning"]]
+    return "; ".join(dict.fromkeys(parts)) or None
 
 
 def told(ages):
@@ -366,7 +370,27 @@ def items_of(family):
         copy = it.get("copy", "not recorded")
         text = f"`{name}`, {it['what']}. Copy: {copy}; read {it['read']}; sha256 `{it['sha256']}`."
         yield "Document", text + (f" Equal: {agreed}." if agreed else "")
+    for kind in MEANING:
+        for text, names in once(family["tables"], kind):
+            yield titled(kind), f"{names}: {text}." if names else f"{text}."
     yield from family["facts"].items()
+
+
+def titled(kind):
+    return kind.replace("_", " ").capitalize()
+
+
+def once(names, key):
+    """What the register says of tables under a key, each text once: the text, the tables or ""."""
+    found = {}
+    for name in names:
+        said = register()["tables"][name][key]
+        if isinstance(said, dict):
+            said = said["text"] + (f" ({said['source']})" if said["source"] else "")
+        found.setdefault(said, []).append(f"`{name}`")
+    for text, tables in found.items():
+        if text:
+            yield text, ", ".join(tables) if len(found) > 1 else ""
 
 
 def doubts_of(family):
@@ -389,7 +413,7 @@ def doubts_of(family):
 
 def cells_of(name, column, entry):
     ages = f"{entry['ages'][0]}-{entry['ages'][1]}"
-    kinds = ("reconstructed", "completed")
+    kinds = ("reconstructed", "doubtful", "completed")
     marks = [f"{told(entry[kind])} {kind}" for kind in kinds if entry[kind]]
     verified = [
         f"{each['document']} {each['equal']} of {each['cells']}"

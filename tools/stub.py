@@ -4,7 +4,7 @@ from textwrap import fill
 
 from marlune.tables.data_tables import REPO_TABLES
 from tools import TOP
-from tools.catalogue import line, purpose_of, shape_of
+from tools.catalogue import line, shape_of, use_of
 
 STUB = TOP / "marlune" / "tables" / "data_tables.pyi"
 MARK = "# Everything below is written by `./dev python -m tools.documents --write`.\n"
@@ -41,7 +41,7 @@ def hint(name, payload):
     facts = [kind, f"ages {ages}", unit]
     if payload["generational"]:
         facts.append(f"{formula.removesuffix('_improvement')} improvement from {base}")
-    return wrapped(f'"""{purpose_of(name)}; {", ".join(facts)}."""', "")
+    return wrapped(f'"""{use_of(name)}; {", ".join(facts)}."""', "")
 
 
 def text():

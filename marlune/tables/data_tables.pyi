@@ -170,70 +170,83 @@ _IX_F_BASE: Rates
 # Everything below is written by `./dev python -m tools.documents --write`.
 
 PER2020_Col_2o: GenerationalTable[Columns[_QX, Rates, _Mi, Rates]]
-"""survival insurance, group: reserves; life, ages 0-118, per mille, exponential improvement from
-2012."""
+"""survival insurance, group: best estimate of technical provisions for solvency; life, ages 0-118,
+per mille, exponential improvement from 2012."""
 PER2020_Col_1o: GenerationalTable[Columns[_QX, Rates, _Mi, Rates]]
-"""survival insurance, group: premiums and reserves; life, ages 0-119, per mille, exponential
+"""survival insurance, group: accounting provisions and provisions of the special solvency regime; a
+reference for premiums; pension plans, survival benefits; life, ages 0-119, per mille, exponential
 improvement from 2012."""
 PER2020_Ind_2o: GenerationalTable[Columns[_QX, Rates, _Mi, Rates]]
-"""survival insurance, individual: reserves; life, ages 0-118, per mille, exponential improvement
-from 2012."""
+"""survival insurance, individual: best estimate of technical provisions for solvency; life, ages
+0-118, per mille, exponential improvement from 2012."""
 PER2020_Ind_1o: GenerationalTable[Columns[_QX, Rates, _Mi, Rates]]
-"""survival insurance, individual, new business: premiums; life, ages 0-119, per mille, exponential
-improvement from 2012."""
+"""survival insurance, individual: accounting provisions and provisions of the special solvency
+regime; a reference for premiums; life, ages 0-119, per mille, exponential improvement from 2012."""
 PASEM2020_Gen_2o: StaticTable[Columns[_QX, Rates]]
-"""term life, without funeral: reserves; life, ages 0-110, per mille."""
+"""life-risk insurance (vida-riesgo) without funeral: best estimate of technical provisions for
+solvency; life, ages 0-110, per mille."""
 PASEM2020_Dec_2o: StaticTable[Columns[_QX, Rates]]
-"""funeral: reserves; life, ages 0-111, per mille."""
+"""funeral insurance (decesos): best estimate of technical provisions for solvency; life, ages
+0-111, per mille."""
 PASEM2020_Rel_1o: StaticTable[Columns[_QX, Rates]]
-"""term life related to other operations, such as mortgages: premiums; life, ages 0-109, per
-mille."""
+"""life-risk insurance related to other operations (sold with another product): accounting
+provisions and provisions of the special solvency regime; a reference for premiums; pension plans,
+death benefits; life, ages 0-109, per mille."""
 PASEM2020_NoRel_1o: StaticTable[Columns[_QX, Rates]]
-"""other term life: premiums; life, ages 0-108, per mille."""
+"""other life-risk insurance without funeral: accounting provisions and provisions of the special
+solvency regime; a reference for premiums; life, ages 0-108, per mille."""
 PASEM2020_Dec_1o: StaticTable[Columns[_QX, Rates]]
-"""funeral: premiums and reserves; life, ages 0-108, per mille."""
+"""funeral insurance (decesos): accounting provisions and provisions of the special solvency regime,
+with exceptions for old policies; a reference for premiums; life, ages 0-108, per mille."""
 PEAI2007_IAP_Ind: StaticTable[Columns[_IX, Rates]]
-"""entry into absolute permanent disability, individual; disability, ages 18-64, decimal."""
+"""entry into disability, individual business; disability, ages 18-64, decimal."""
 PEAI2007_IAP_Col: StaticTable[Columns[_IX, Rates]]
-"""entry into absolute permanent disability, group; disability, ages 18-64, decimal."""
+"""entry into disability, group business; disability, ages 18-64, decimal."""
 PASEM2010: StaticTable[Columns[_QX, Rates]]
-"""group life: premiums and reserves; life, ages 0-112, decimal."""
+"""individual life insurance, death cover; life, ages 0-112, decimal."""
 DAV2004R_Agg_2o: GenerationalTable[Columns[_QX, Rates, _MI, YearGrid]]
-"""annuities, without select effects: best estimate; life, ages 0-121, decimal, exponential
-improvement from 1999."""
+"""annuity insurance, without select effects, second order; **the trends of 2005-2023 depend on
+parameters (T1 = 5, T2 = 25): 1.5 % of a price**; life, ages 0-121, decimal, exponential improvement
+from 1999."""
 DAV2004R_Agg_1o: GenerationalTable[Columns[_QX, Rates, _MI, Rates]]
-"""annuities, without select effects: premiums and reserves; life, ages 0-121, decimal, exponential
-improvement from 1999."""
+"""annuity insurance, without select effects, first order: recommended for new business from 2005;
+life, ages 0-121, decimal, exponential improvement from 1999."""
 DAV2004R_SelUlt_2o: SelectGenerationalTable[Columns[_QX, SelectMapping, _MI, YearGrid]]
-"""annuities, by select duration: best estimate; life, ages 0-121, decimal, exponential improvement
+"""annuity insurance, by select duration, second order; **the trends of 2005-2023 depend on
+parameters (T1 = 5, T2 = 25): 1.5 % of a price**; life, ages 0-121, decimal, exponential improvement
 from 1999."""
 DAV2004R_SelUlt_1o: SelectGenerationalTable[Columns[_QX, SelectMapping, _MI, Rates]]
-"""annuities, by select duration: premiums; life, ages 0-121, decimal, exponential improvement from
-1999."""
+"""annuity insurance, by select duration, first order: recommended for new business from 2005; life,
+ages 0-121, decimal, exponential improvement from 1999."""
 GAM71: StaticTable[Columns[_QX, Rates]]
 """group annuities, experience of 1964 to 1968; life, ages 5-110, decimal."""
 GAM83: StaticTable[Columns[_QX, Rates]]
-"""group annuities, experience of 1976 to 1980; life, ages 5-110, decimal."""
+"""group annuities: interim table for valuation; life, ages 5-110, decimal."""
 GAM94_AA: GenerationalTable[Columns[_QX, Rates, _Mi, Rates]]
-"""group annuities, improving by Scale AA; life, ages 1-120, decimal, discrete improvement from
-1994."""
+"""group annuities, static table of 1994; with Scale AA it is the 1994 Group Annuity Reserving
+table; life, ages 1-120, decimal, discrete improvement from 1994."""
 GRMF80: StaticTable[Columns[_QX, Rates]]
-"""group annuities, experience of 1971 to 1975; life, ages 15-117, decimal."""
+"""group annuities, Swiss experience of 1971 to 1975; **the male rate of age 102 is very probably a
+misprint of the publication**; life, ages 15-117, decimal."""
 GRMF95: StaticTable[Columns[_QX, Rates]]
-"""group annuities, experience of 1986 to 1990; life, ages 15-126, decimal."""
+"""group annuities, Swiss experience of 1986 to 1990; life, ages 15-126, decimal."""
 GKMF80: StaticTable[Columns[_QX, Rates]]
-"""group life, experience of 1971 to 1975; life, ages 15-117, decimal."""
+"""group life, Swiss experience of 1971 to 1975; **the female rate of age 94 is very probably a
+misprint of the publication**; life, ages 15-117, decimal."""
 GKMF95: StaticTable[Columns[_QX, Rates]]
-"""group life, experience of 1986 to 1990; life, ages 15-126, decimal."""
+"""group life, Swiss experience of 1986 to 1990; life, ages 15-126, decimal."""
 IASS90: StaticTable[Columns[Literal["ix_m"], Rates]]
-"""deaths of invalids, Social Security 1990; **ages 21-62 are reconstructed, not published**;
-disability, ages 18-65, per mille."""
+"""not stated; probably entry into permanent disability, absolute, Social Security 1990; **ages
+21-62 are reconstructed, not published; what the rates measure is in doubt: probably entry into
+disability, not deaths**; disability, ages 18-65, per mille."""
 SS90TOT: StaticTable[Columns[Literal["ix_m"], Rates]]
-"""deaths in the Social Security population, 1990; **ages 21-62 are reconstructed, not published**;
-disability, ages 18-65, per mille."""
+"""not stated; probably entry into permanent disability, total, Social Security 1990; **ages 21-62
+are reconstructed, not published; what the rates measure is in doubt: probably entry into
+disability, not deaths**; disability, ages 18-65, per mille."""
 SS90ABS: StaticTable[Columns[Literal["ix_m"], Rates]]
-"""deaths from accidents and occupational disease, Social Security 1990; **ages 21-62 are
-reconstructed, not published**; disability, ages 18-65, per mille."""
+"""not stated; probably entry into permanent disability, absolute, Social Security 1990; **ages
+21-62 are reconstructed, not published; what the rates measure is in doubt: probably entry into
+disability, not deaths**; disability, ages 18-65, per mille."""
 CB_H_2020: GenerationalTable[Columns[Literal["qx_m"], Rates, Literal["mi_m"], YearGrid]]
 """annuities: male old-age pensioners and non-disabled survivors; life, ages 0-110, decimal,
 projected improvement from 2020."""
@@ -250,7 +263,8 @@ MI_M_2020: GenerationalTable[Columns[Literal["qx_f"], Rates, Literal["mi_f"], Ye
 """annuities: female disability pensioners and disabled survivors; life, ages 0-110, decimal,
 projected improvement from 2020."""
 AM92_AF92: SelectTable[Columns[_QX, SelectMapping]]
-"""permanent assurances, experience of 1991 to 1994; life, ages 17-120, decimal."""
+"""direct permanent assurances (whole life and endowment), experience of 1991 to 1994, medical and
+non-medical combined; life, ages 17-120, decimal."""
 DummySD2015: StaticTable[Columns[_IX, Rates]]
 """static rates of disability; disability, ages 20-65, decimal."""
 DummySD2015Gen: GenerationalTable[Columns[_IX, Rates, _Mi, Rates]]

@@ -75,9 +75,7 @@ def plain(text):
 
 
 def decrement_of(said):
-    """What the rates of a table are rates of. Some that are typed as disability are of deaths."""
-    if said["purpose"].startswith("deaths "):
-        return "death " + said["purpose"].removeprefix("deaths ").rpartition(",")[0]
+    """What the rates of a table are rates of."""
     return {"life": "death"}.get(said["type"], said["type"])
 
 
@@ -89,12 +87,16 @@ def orders_of(said):
 
 
 def series_of(name, said):
-    """The lists of a table: column, label in it or None, list, whether computed, what is marked."""
+    """The lists of a table: column, label in it or None, list, whether computed, what is marked.
+
+    What holds of a whole column is told by the warnings of the table.
+    """
     for entry in said["columns"].values():
         marks = [
             {"kind": kind, "from": first, "to": last}
-            for kind in ("reconstructed", "completed")
+            for kind in ("reconstructed", "doubtful", "completed")
             for first, last in entry[kind]
+            if [first, last] != entry["ages"]
         ]
         column = data_tables.REPO_TABLES[name]["data"][entry["key"]]
         for label in entry["labels"] or [None]:
@@ -129,7 +131,9 @@ def table_of(name, said, family, lists):
     facts = list(facts_of(name, said, family))
     return {
         "name": name,
-        "purpose": said["purpose"],
+        "purpose": said["use"]["text"],
+        "standing": said["standing"],
+        "age_basis": said["age_basis"],
         "decrement": decrement_of(said),
         "family": family["title"],
         "country": family["country"],
@@ -213,9 +217,9 @@ def plain_list(tables):
         meta = dict(table["meta"])
         unit = "per mille" if meta["decrement_scale_factor"] == 1000 else "decimal"
         warning = provenance.warnings_of(table["name"])
-        purpose = table["purpose"] + (f"; {warning}" if warning else "")
+        use = table["purpose"] + (f"; {warning}" if warning else "")
         cells = (
-            table["name"], purpose, table["country"] or "invented",
+            table["name"], use, table["country"] or "invented",
             f"{meta['start_age']}–{meta['omega']}", str(meta.get("base_year") or ""), unit,
         )  # fmt: skip
         yield "<tr>" + "".join(f"<td>{html.escape(cell)}</td>" for cell in cells) + "</tr>"
