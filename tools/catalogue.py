@@ -5,7 +5,14 @@ import sys
 from marlune.tables.data_tables import REPO_TABLES, PER2020_Ind_1o
 from tools import TOP
 from tools.provenance import (
-    ProvenanceError, markdown, once, register, titled, told, warnings_of, wrapped,
+    ProvenanceError,
+    markdown,
+    once,
+    register,
+    titled,
+    told,
+    warnings_of,
+    wrapped,
 )  # fmt: skip
 
 DOCUMENT = TOP / "docs" / "catalogue.md"
@@ -107,9 +114,7 @@ def tables_of_document():
         ]  # fmt: skip
         parts = [part for family in families for part in family_of(family)]
         yield f"{kind}: families", "\n\n".join(parts)
-        facts = [
-            line(name, REPO_TABLES[name]) for family in families for name in family["tables"]
-        ]
+        facts = [line(name, REPO_TABLES[name]) for family in families for name in family["tables"]]
         yield f"{kind}: facts", markdown(("name", *HEAD[2:]), [(row[0], *row[2:]) for row in facts])
 
 

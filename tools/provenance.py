@@ -83,8 +83,13 @@ def read_family(path):
     for kind in MEANING:
         for item in lists[kind]:
             stated = not item["text"].startswith(NOT_STATED)
-            expect(stated == ("source" in item), path.name, kind, item["tables"],
-                   "says no source" if stated else "not stated, but by a source")
+            expect(
+                stated == ("source" in item),
+                path.name,
+                kind,
+                item["tables"],
+                "says no source" if stated else "not stated, but by a source",
+            )
     for doubt in lists["doubts"]:
         expect(doubt["grade"] in GRADES, path.name, f"no such grade: {doubt['grade']}")
     others = {"country": None, "grids": {}, "default": {}, "agreed": {}, "facts": {}}

@@ -13,13 +13,43 @@ from tools import TOP, provenance
 USE = "[[use]]\ntables = "
 IDLE = "[[columns]]\ncolumns = 'X'\nplace = '-'\ndocuments = []\n"
 CHANGES = {
-    "no use": ("pasem2010", '[[use]]\ntables = "PASEM2010"', USE + "'PASEM2011'", "PASEM2010: 0 files"),
-    "two uses": ("am92", "[[use]]", f"{USE}'GAM71'\ntext = 'x'\nsource = 'y'\n[[use]]", "GAM71: 2 files"),
-    "use of no table": ("gam", "[[use]]", f"{USE}'GAM72'\ntext = 'x'\nsource = 'y'\n[[use]]", "no table GAM72"),
+    "no use": (
+        "pasem2010",
+        '[[use]]\ntables = "PASEM2010"',
+        USE + "'PASEM2011'",
+        "PASEM2010: 0 files",
+    ),
+    "two uses": (
+        "am92",
+        "[[use]]",
+        f"{USE}'GAM71'\ntext = 'x'\nsource = 'y'\n[[use]]",
+        "GAM71: 2 files",
+    ),
+    "use of no table": (
+        "gam",
+        "[[use]]",
+        f"{USE}'GAM72'\ntext = 'x'\nsource = 'y'\n[[use]]",
+        "no table GAM72",
+    ),
     "use without a source": ("swiss", 'source = "SOA', '# "', "use: GRMF80: says no source"),
-    "standing without a source": ("per2020", 'source = "BOE-A-2020-17154, Séptimo"', "", "standing: *: says no"),
-    "standing of none": ("gam", '[[standing]]\ntables = "*"', "[[standing]]\ntables = 'GAM71'", "GAM83: standing: matched by 0"),
-    "unknown with a source": ("gam", 'text = "not stated"', 'text = "not stated"\nsource = "x"', "by a source"),
+    "standing without a source": (
+        "per2020",
+        'source = "BOE-A-2020-17154, Séptimo"',
+        "",
+        "standing: *: says no",
+    ),
+    "standing of none": (
+        "gam",
+        '[[standing]]\ntables = "*"',
+        "[[standing]]\ntables = 'GAM71'",
+        "GAM83: standing: matched by 0",
+    ),
+    "unknown with a source": (
+        "gam",
+        'text = "not stated"',
+        'text = "not stated"\nsource = "x"',
+        "by a source",
+    ),
     "column without a place": ("gam", '"GAM71 qx_m"', '"GAM71 qx_f"', "GAM71 qx_m: matched by 0"),
     "place of no column": ("swiss", "[agreed]", IDLE + "[agreed]", "no column is like"),
     "no reading": ("per2020", "PER2020_*", "PER2020_Ind*", "projection: matched by 0"),
