@@ -171,7 +171,7 @@ def test_fetch_that_is_ended_leaves_no_process_and_the_next_one_clears_its_folde
     else:
         # It works in the folder that it fills.
         begin = '[[ "$*" = *--ignore-scripts* ]] && touch half'
-    hang = f"touch {tmp_path}/began; exec -a {tmp_path} sleep 1000"
+    hang = f"trap '' TERM; touch {tmp_path}/began; (exec -a {tmp_path} sleep 1000); true"
     tools(tmp_path / "bin", **others, **{tool: f"{begin}; {hang}"})
 
     def processes():

@@ -17,8 +17,7 @@ npm_modules() {
       say 'fetching the packages of package-lock.json'
       mkdir "$folder.partial"
       cp "$here/package.json" "$here/package-lock.json" "$folder.partial"
-      # It ends with this script, however that ends.
-      (cd "$folder.partial" && exec setpriv --pdeathsig KILL \
+      (cd "$folder.partial" && exec "${tethered[@]}" \
         npm ci --ignore-scripts --no-audit --no-fund) >"$log" 2>&1 </dev/null || {
         explain "$log"
         rm -rf "$folder.partial"

@@ -158,6 +158,10 @@ choose_way() {
   say "no namespaces here (${why#bwrap: }): proot takes their place, which is slower"
 }
 
+# Runs a command that is killed, with all that it has started, when this script ends.
+# shellcheck disable=SC2016 # for the shell in there
+tethered=(setpriv --pdeathsig TERM setsid bash -c 'trap "kill -KILL 0" TERM; "$@" & wait $!' bash)
+
 # Runs a command in a folder as its root, or in /. When it ends, or this script is ended, nothing of
 # it is left running. Usage: isolated ROOT FOLDER PATH... -- COMMAND...: it works in FOLDER and sees
 # the paths beside what is in the root.
@@ -191,8 +195,11 @@ isolated() {
     ! proot --help | grep -q -e --kill-on-exit || runner+=(--kill-on-exit)
   else
     # Nothing but the root is seen: that takes no proot.
-    [ "$root" = / ] || cp -L "$names" "$root/etc/resolv.conf" || true
-    runner=(setpriv --pdeathsig TERM chroot "$root")
+    runner=("${tethered[@]}")
+    if [ "$root" != / ]; then
+      cp -L "$names" "$root/etc/resolv.conf" || true
+      runner+=(chroot "$root")
+    fi
   fi
   env "${settings[@]}" "${runner[@]}" "$@"
 }

@@ -2,7 +2,7 @@
 
 # The sets that test files ask for beside `tests`, in a line of theirs.
 sets_of_files() {
-  sed -n 's/^# \.\/dev adds: //p' "$@" | tr ' ' '\n' | sort -u
+  (cd "$here" && sed -n 's/^# \.\/dev adds: //p' "$@") | tr ' ' '\n' | sort -u
 }
 
 # Sets `arguments_from_top` to pytest arguments with paths from the caller's folder as paths from the
