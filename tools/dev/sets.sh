@@ -44,5 +44,5 @@ declare -A triplet=(
 )
 for name in "${!triplet[@]}"; do
   set_is "to-$name" "a compiler for $name and an emulator" \
-    "${triplet[$name]}-g++ qemu-$name" "g++-${triplet[$name]} qemu-user"
+    "${triplet[$name]}-g++ qemu-$name git" "g++-${triplet[$name]} qemu-user git"
 done
