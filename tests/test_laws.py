@@ -9,7 +9,7 @@ from itertools import pairwise
 
 import pytest
 
-from columns import PUBLISHED, differences
+from columns import PUBLISHED, differences, lists_of
 from marlune.tables.data_tables import REPO_TABLES
 
 
@@ -206,6 +206,121 @@ def test_gam94_scale_ends_at_100():
         factors = data("GAM94_AA")[key]
         assert set(factors[100:]) == {0.0} and len(factors[100:]) == 20
         assert min(factors[:100]) >= 0.001
+
+
+def gkm80(age):
+    """1000 q, as the notes to the Society's table 34058 print it."""
+    if age < 31:
+        return 0.896 + 0.0122 * age
+    if age < 50:
+        return 0.6970 + 0.2638 * age - 0.01571 * age**2 + 2.517e-4 * age**3
+    growth = 1.108 ** (age - 65)
+    return (0.3790 + 26.84 * growth) / (1 + 0.03722 * growth)
+
+
+def test_gkm_80_has_a_formula_and_gkf_80_is_that_of_men_seven_years_younger():
+    for sex, first, younger, exceptions in (("m", 15, 0, []), ("f", 22, 7, [94])):
+        rates = data("GKMF80")[f"qx_{sex}"][first - 15 : 117 - 15]
+        far = [
+            age
+            for age, rate in enumerate(rates, first)
+            if abs(1000 * rate - gkm80(age - younger)) > 0.0006
+        ]
+        assert far == exceptions and len(rates) == 117 - first
+    assert (data("GKMF80")["qx_f"][94 - 15], data("GKMF80")["qx_m"][87 - 15]) == (
+        0.189325,
+        0.189343,
+    )
+
+
+ALTERED = (1, -6, 15, -20, 15, -6, 1)
+
+
+def isolated_breaks(rates, first_age):
+    """Ages whose rate alone stands out, and by how much: the sixth differences around it are those
+    of one altered rate, but for a five-hundredth of their squares."""
+    numbers = [float(rate) for rate in rates]
+    unit = max(numbers) * 1e-9
+    for _ in range(6):
+        numbers = [after - before for before, after in pairwise(numbers)]
+    for at in range(len(numbers) - 6):
+        window = numbers[at : at + 7]
+        size = sum(a * b for a, b in zip(ALTERED, window)) / sum(a * a for a in ALTERED)
+        rest = sum((each - size * one) ** 2 for each, one in zip(window, ALTERED))
+        if abs(size) > unit and rest < 0.002 * sum(each**2 for each in window):
+            yield first_age + at + 6, size
+
+
+def test_no_rate_of_a_published_column_stands_out_alone_but_the_two_declared():
+    found, columns = [], 0
+    for name in PUBLISHED:
+        for key, column in data(name).items():
+            for path, rates in lists_of(column):
+                breaks = isolated_breaks(rates[:-1], REPO_TABLES[name]["start_age"])
+                found += [(name, key, *path, age, round(size, 7)) for age, size in breaks]
+                columns += 1
+    assert found == [
+        ("GRMF80", "qx_m", 102, -0.0089994), ("GKMF80", "qx_f", 94, -0.0000182)
+    ] and columns == 258  # fmt: skip
+    # One part in ten thousand where a column is smooth and has the decimals for it.
+    for name, key, first in (
+        ("GKMF80", "qx_m", 90), ("GRMF95", "qx_m", 99), ("MI_H_2020", "qx_m", 65)
+    ):  # fmt: skip
+        start_age = REPO_TABLES[name]["start_age"]
+        for age in range(first, first + 20):
+            rates = [*data(name)[key][:-1]]
+            rates[age - start_age] = round(rates[age - start_age] * 1.0001, 9)
+            assert [each for each, _ in isolated_breaks(rates, start_age)] == [age], (name, age)
+
+
+def damped(t, start, target, t1, t2):
+    """By what force rates have fallen t years after 1999: the guideline of the DAV, page 43."""
+    if t <= t1:
+        weight = 1
+    elif t <= t2:
+        weight = 1 - (t - t1) * (t - t1 - 1) / (2 * (t2 - t1) * t)
+    else:
+        weight = (t1 + t2 + 1) / (2 * t)
+    return (target + weight * (start - target)) * t
+
+
+def test_dav_second_order_is_the_sum_of_trends_that_its_guideline_states():
+    grid = data("DAV2004R_Agg_2o")["MI_m"]
+    start, target = grid[2004], grid[2024]
+    for t1, t2, annuity in ((5, 25, "20.552025"), (5, 10, "20.255604"), (10, 25, "20.649683")):
+        force, trend = [0.0] * 122, list(start)
+        alive = value = 1.0
+        for t in range(1, 101):
+            for age in range(122):
+                force[age] += trend[age]  # of the year t - 1, the step to t
+                stated = damped(t, start[age], target[age], t1, t2)
+                assert math.isclose(force[age], stated, rel_tol=1e-12)
+            share = min(max((t - t1) / (t2 - t1), 0), 1)
+            trend = [s + share * (e - s) for s, e in zip(start, target)]
+            if (t1, t2) == (5, 25):
+                held = grid[min(max(1999 + t, 2004), 2024)]
+                assert all(math.isclose(a, b) for a, b in zip(trend, held))
+            age = 65 + t - (2026 - 1999)
+            if 65 <= age <= 120:
+                rate = data("DAV2004R_Agg_2o")["qx_m"][age]
+                alive *= (1 - rate * math.exp(-force[age])) / 1.0125
+                value += alive
+        assert f"{value:.6f}" == annuity
+
+
+def test_per_projected_as_the_university_of_malaga_has_worked_it():
+    table = data("PER2020_Ind_2o")
+    for age, year, decimals, reduction, rate in (
+        (0, 2025, 6, None, 0.001381), (0, 2030, 6, None, 0.001159), (1, 2025, 6, None, 0.000092),
+        (80, 2080, 4, 0.169517, 0.0040), (81, 2081, 4, 0.174523, 0.0048),
+        (82, 2082, 4, 0.182501, 0.0058), (80, 2070, 4, None, 0.0053),
+        (81, 2071, 4, None, 0.0062), (82, 2072, 4, None, 0.0074),
+    ):  # fmt: skip
+        factor = math.exp(-table["mi_f"][age] * (year - 2012))
+        assert round(table["qx_f"][age] / 1000 * factor, decimals) == rate
+        assert reduction in (None, round(factor, 6))
+    # At 80 in 2080 it prints 0.0041, from an improvement with more decimals than the gazette has.
+    assert round(table["qx_f"][80] / 1000 * math.exp(-0.026055 * 68), 4) == 0.0041
 
 
 def test_social_security_tables_agree_where_they_should():
