@@ -5,9 +5,9 @@ import json
 import os
 import subprocess
 import sys
-from math import exp
 from pathlib import Path
 
+import life
 import pytest
 from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.by import By
@@ -65,44 +65,19 @@ FOUND = [
 ]  # fmt: skip
 
 
-def year_by_year(formula, grid, index, base, last):
-    """By what a rate is multiplied in each year from `base` to `last`."""
-
-    def trend(year):
-        return grid[max((key for key in grid if key <= year), default=min(grid))][index]
-
-    factors = {base: 1.0}
-    for year in range(base + 1, last + 1):
-        step = {
-            "exponential_improvement": exp(-trend(year - 1)),
-            "discrete_improvement": 1 - trend(year),
-            "projected_improvement": 1 - trend(year),
-        }
-        linear = 1 - trend(year) * (year - base)
-        factors[year] = factors[year - 1] * step[formula] if formula in step else linear
-    return factors
-
-
 def projected_rates():
     """Table, series, age, year and projected rate, for every series that improves."""
     for name, payload in REPO_TABLES.items():
-        data, base = payload["data"], payload.get("base_year")
-        for key, column in data.items():
+        for key, column in payload["data"].items():
             if not payload["generational"] or key.lower().startswith("mi_"):
                 continue
-            improvement = data.get(f"mi_{key[-1]}") or data[f"MI_{key[-1]}"]
-            for path, rates in lists_of(column):
-                grid = improvement
-                if not isinstance(grid, dict) or "ult" in grid:
-                    grid = {base: grid[path[0]] if isinstance(grid, dict) else grid}
-                for index in range(0, len(rates), 7):
-                    factors = year_by_year(
-                        payload["generational_formula_type"], grid, index, base, base + 45
-                    )
-                    for year in (base, base + 1, base + 6, base + 45):
-                        series = ".".join([key, *map(str, path)])
-                        age = payload["start_age"] + index
-                        yield name, series, age, year, rates[index] * factors[year]
+            decrement, sex = key.split("_")
+            for since, (path, _) in enumerate(lists_of(column)):
+                series, select = ".".join([key, *map(str, path)]), {"since": since} if path else {}
+                for age in range(payload["start_age"], payload["omega"] + 1, 7):
+                    for year in (payload["base_year"] + after for after in (0, 1, 6, 45)):
+                        q = life.rate(payload, sex, age, year, decrement=decrement, **select)
+                        yield name, series, age, year, q * payload["decrement_scale_factor"]
 
 
 def rows_of(payload):
