@@ -7,13 +7,13 @@ import subprocess
 import sys
 from pathlib import Path
 
-import life
 import pytest
 from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.support.ui import Select, WebDriverWait
 
+import life
 import tools.atlas.__main__ as generator
 from columns import SYNTHETIC, lists_of
 from marlune.tables.data_tables import REPO_TABLES

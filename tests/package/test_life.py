@@ -4,11 +4,11 @@ import re
 from itertools import pairwise
 from math import exp
 
-import life
 import pytest
-from life import annuity_due, annuity_immediate, assurance, rate, rates, survival
 
+import life
 import marlune.tables.data_tables as module
+from life import annuity_due, annuity_immediate, assurance, rate, rates, survival
 from marlune.tables.data_tables import REPO_TABLES
 
 
