@@ -93,6 +93,9 @@ def system_tag(module: Path) -> tuple[str, list[str]]:
         major, minor = map(int, version.split(".")[:2])
         by_version.setdefault((major, minor), []).append(name)
     assert "ABI_DT_RELR" not in run("objdump", "-p", module)
+    # Storage of a thread that is allocated when it is first used: without memory, the process ends.
+    on_demand = re.findall(r".*(?:DTPMOD|DTPREL|DTPOFF|TLSDESC).*", run("readelf", "-rW", module))
+    assert not on_demand, on_demand
     (major, minor), names = max(by_version.items())
     machine = sysconfig.get_platform().removeprefix("linux-").replace("-", "_")
     return f"manylinux_{major}_{minor}_{machine}", sorted(names)

@@ -2,9 +2,12 @@
 
 _testcapi.set_nomemory lets allocations of the interpreter fail, by number. A module of the standard
 library goes through the same as control: what it suffers as well is not the fault of this one.
+Where the system gives no more, the C library has nothing either, nor what a thread needs.
 """
 
+import importlib.util
 import os
+import re
 import subprocess
 import sys
 from concurrent.futures import ThreadPoolExecutor
@@ -12,7 +15,7 @@ from pathlib import Path
 
 import pytest
 
-from trials import SANITIZED, trial
+from trials import NAME, SANITIZED, trial
 
 PARTS = 8
 # Every point on two builds. The others differ by the compiler alone, or are slow.
@@ -99,3 +102,56 @@ def test_cxx_code_has_no_memory(lasting, tmp_path, monkeypatch, record_property)
     # When mapped, the C++ run-time library sets aside what it throws with when nothing is left.
     mapped = "ctypes.CDLL(importlib.util.find_spec(NAME).origin)"
     sweep([mapped, IMPORT], "of_cxx", lasting, record_property, at_least=2)
+
+
+GREEDY = """
+    import resource, threading
+    eaten, malloc = [None] * 2_000_000, ctypes.CDLL(None).malloc
+    malloc.restype = ctypes.c_void_p
+    def eat(*rest):
+        # All that the system gives, to the smallest piece.
+        in_use = int(Path("/proc/self/statm").read_text().split()[0]) * resource.getpagesize()
+        resource.setrlimit(resource.RLIMIT_AS, (in_use + (4 << 20), -1))
+        try:
+            for place in range(len(eaten)):
+                eaten[place] = place + 0.5
+        finally:
+            while malloc(1):
+                pass
+    def starve(action):
+        failures.append(failure_of(action))
+        resource.setrlimit(resource.RLIMIT_AS, (-1, -1))
+        eaten.clear()
+    class Greedy(float):
+        __sub__ = eat
+    def in_thread(action):
+        thread = threading.Thread(target=action)
+        thread.start()
+        thread.join()
+    failures = []
+    call = lambda: module._dav_mi_linear([0.0], [Greedy()])
+"""
+END = """
+    assert [*map(type, failures)] == [MemoryError], failures
+    assert import_it()._dav_mi_linear([0.0], [1.0])[2014] == [0.5]
+"""
+MEALS = {
+    "import": "zip, builtins.zip = builtins.zip, eat; starve(import_it); builtins.zip = zip",
+    "call": "module = import_it(); starve(call)",
+    "call in a new thread": "module = import_it(); in_thread(lambda: starve(call))",
+}
+
+
+@pytest.mark.skipif(SANITIZED, reason="the sanitizer needs more room than there is")
+@pytest.mark.parametrize("meal", MEALS.values(), ids=MEALS)
+def test_system_has_no_memory(meal):
+    trial(GREEDY, meal, END)
+
+
+@pytest.mark.skipif(SANITIZED, reason="the C++ library is not inside")
+def test_no_storage_of_a_thread_waits_for_its_first_use():
+    """Where there is no memory for it then, the C library ends the process."""
+    module = importlib.util.find_spec(NAME).origin
+    listed = subprocess.run(["readelf", "-rW", module], check=True, capture_output=True, text=True)
+    assert "Relocation section" in listed.stdout
+    assert not re.findall(r".*(?:DTPMOD|DTPREL|DTPOFF|TLSDESC).*", listed.stdout)
