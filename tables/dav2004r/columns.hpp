@@ -9,7 +9,9 @@
 // Closing      Rates end in the integer 1, trends in the integer 0.
 // Ultimate     equals the aggregate rate of the same order and sex from age 100.
 // Select       by attained age, from the start of the annuity on; before it the aggregate rates hold.
-// Trend        of a calendar year: the force by which rates fall from that year to the next.
+// Trend        of a calendar year: the force by which rates fall from that year to the next. Second
+//              order adds the trends of the years up, as the DAV's guideline of 2018 states it (page
+//              43); T1 = 5 and T2 = 25, which the years 2005 to 2023 go by, are parameters there.
 // Checked      against the workbook "DAV 2004 R", version 2.0 of September 2004: 1,708 of 1,708; one
 //              lineage. First order = constant × second order at every age up to 120, 0.843652 for
 //              males and 0.835060 for females, aggregate and ultimate alike (tested).

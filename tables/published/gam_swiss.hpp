@@ -20,7 +20,8 @@
 //   Issuer     SOA reprint: tables 34057 to 34060 and 34065 to 34068, by sex.
 //   Unit       decimal.
 //   Ages       15 to 117 (1980), 15 to 126 (1995).
-//   Odd        GRMF80 and GKMF80 end in the integer 1. GKM 95 (males) is published to age 120 only
+//   Odd        Two digits are very probably misprints of the reprint, and stay: GRM 80 at 102,
+//              0.378366, and GKF 80 at 94, 0.189325. GRMF80 and GKMF80 end in the integer 1. GKM 95 (males) is published to age 120 only
 //              and filled up with 1.0 to the female omega, 126.
 //   Checked    two independent sources, identical.
 

@@ -12,19 +12,22 @@
 //              December 2020, BOE-A-2020-17154, central year 2019. Second order (best estimate):
 //              General annex 1.2, Decesos annex 1.3; first order (with loadings): Rel annex 2.2,
 //              NoRel annex 2.3, Decesos annex 2.4. Per mille, ages 0 to 108, 109, 110 or 111: the
-//              omegas of the published tables. Read from the gazette and checked against a second
-//              source with more decimals. Tested laws: Decesos = 1.6 × General below age 100; first
-//              order = 1.101875 (Rel, Decesos) or 1.155 (NoRel) × second order below omega.
-// PEAI2007     Study PEAIM/F-2007, absolute permanent disability (IAP), best estimate on 5.4
-//              million policies of 1998 to 2002. Decimal, ages 18 to 64; the last rate is an
-//              ordinary one. Two sources, all 188 values equal.
+//              omegas of the published tables. Read from the gazette and checked against the
+//              supervisor's workbook with all decimals. Tested laws: Decesos = 1.6 × General below
+//              age 100; first order = 1.101875 (Rel, Decesos) or 1.155 (NoRel) × second order below
+//              omega, the loadings that the gazette prints.
+// PEAI2007     Study PEAIM/F-2007 of UNESPA, entry into disability; the study itself has not been
+//              seen. Decimal, ages 18 to 64; the last rate is an ordinary one. Two sources, all 188
+//              values equal.
 // PASEM2010    The annex of the study by UNESPA, ICEA and Munich Re on portfolios of 2003 to 2007.
-//              First order, 1.395 × second order. Decimal, ages 0 to 112, the male column first. The
+//              Individual business only, whatever the description says. First order, 1.395 ×
+//              second order. Decimal, ages 0 to 112, the male column first. The
 //              kink at age 100 is published: population rates below, a logistic extrapolation above.
 //              All 226 values equal the study and two further copies; BOE-A-2012-9776 itself has not
 //              been seen.
 // SS 1990      Social Security 1990, unisex, per mille, ages 18 to 65, under ix_m alone. The rate
-//              at 65 is 0.0: part of the data. SS90ABS has the rates of IASS90.
+//              at 65 is 0.0: part of the data. SS90ABS has the rates of IASS90. What they measure
+//              is in doubt: probably entry into permanent disability, not deaths.
 
 #include "payload/invariants.hpp"
 #include "payload/key_orders.hpp"

@@ -100,7 +100,7 @@ function sourcesOf(table) {
     el("dl.facts", facts),
     el("div.scroll", name, el("table", caption, el("thead", el("tr", heads)), el("tbody", rows))),
     computed.length
-      ? el("p.computed", `Computed at import, not published: ${computed.join(", ")}.`)
+      ? el("p.computed", `Computed, not published: ${computed.join(", ")}.`)
       : null,
   ].filter(Boolean);
 }

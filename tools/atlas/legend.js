@@ -43,7 +43,7 @@ function chipOf(one, side) {
   value.dataset.side = input.dataset.side = side;
   value.dataset.at = one.table.series.indexOf(one);
   input.addEventListener("change", () => choose(side, [one], input.checked));
-  const title = `${one.table.name} ${one.name}${one.computed ? ", computed at import" : ""}`;
+  const title = `${one.table.name} ${one.name}${one.computed ? ", computed, not published" : ""}`;
   const label = el("span", labelOf(one) + (one.computed ? "°" : ""));
   return el("label", { title }, input, swatch({ ...one, side }), label, value);
 }
