@@ -17,16 +17,15 @@ import sys
 from pathlib import Path
 from statistics import median
 
-import contenders
-from contenders import PROJECT, say
+from benchmarks.alternatives import HERE, alternatives, say, scaled
+from tools import TOP
 
-BENCH = PROJECT / "build" / "bench"
+BENCH = TOP / "build" / "bench"
 
 # What the module is to reach: medians, as ours / theirs.
 AIMS = {
     ("import", "byte code"): 0.28,
     ("import", "Cython"): 0.65,
-    ("import", "floor"): 0.80,
     ("import", "limit"): 1.25,
     ("private", "byte code"): 0.85,
     ("private", "Cython"): 0.85,
@@ -36,8 +35,10 @@ SIZES = (1, 2, 4)
 
 
 def child(mode, each, *before, **settings):
-    """Runs child.py on a contender in a fresh interpreter."""
-    env = os.environ | {"PYTHONPATH": str(each.folder), "PYTHONDONTWRITEBYTECODE": "1"} | settings
+    """Runs child.py on an alternative in a fresh interpreter."""
+    # What is measured has nothing else on its path.
+    path = f"{each.folder}:{TOP}" if mode == "describe" else str(each.folder)
+    env = os.environ | {"PYTHONPATH": path, "PYTHONDONTWRITEBYTECODE": "1"} | settings
     command = [*before, sys.executable, BENCH / "child.pyc", mode, each.kind, each.file]
     done = subprocess.run(command, env=env, capture_output=True, text=True, check=False)
     if done.returncode != 0:
@@ -45,8 +46,8 @@ def child(mode, each, *before, **settings):
     return done
 
 
-def answer(mode, each, *before, **settings):
-    return ast.literal_eval(child(mode, each, *before, **settings).stdout)
+def answer(mode, each, *before):
+    return ast.literal_eval(child(mode, each, *before).stdout)
 
 
 @functools.cache
@@ -62,20 +63,18 @@ def undisturbed():
     return command if granted else ()
 
 
-def verify(found, shape):
-    """All hold the same values, of the same types, in the same orders, shared in the same way; of
-    the floor, which has values of its own, it is enough to hold as much, and as many floats as the
-    rules make."""
-    shape = shape | {"float": contenders.floats_by_rules(found[0].file)}
-    wanted = answer("check", found[0])
-    for each in found:
-        floor = each.name == "floor"
-        if answer("shape" if floor else "check", each) != (shape if floor else wanted):
+def shapes(found):
+    """How much each holds; all have to hold the same values, of the same types, in the same orders,
+    shared in the same way."""
+    described = [answer("describe", each) for each in found]
+    for each, (digest, _) in zip(found, described):
+        if digest != described[0][0]:
             sys.exit(f"bench: {each.name} does not hold what the module holds")
+    return [shape for _, shape in described]
 
 
 def measure(found, rounds):
-    """Every contender once a round, in an order that rotates; the first round only warms up."""
+    """Every alternative once a round, in an order that rotates; the first round only warms up."""
     os.sync()  # a file just written has dirty pages, which would count as private
     measured = [[] for _ in found]
     for turn in range(rounds + 1):
@@ -92,32 +91,37 @@ def median_ratios(ours, theirs):
     return {key: median(a[key] / b[key] for a, b in zip(ours, theirs)) for key in ours[0]}
 
 
-def instructions(each):
+def counted(each, pattern, *options, **settings):
+    """What a tool of Valgrind counts with the load, less what it counts without."""
+
     def count(mode):
-        tool = ("valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null")
-        report = child(mode, each, *tool, PYTHONHASHSEED="0").stderr
-        return int(re.search(r"Collected : (\d+)", report)[1])
+        command = ("valgrind", *options)
+        report = child(mode, each, *command, PYTHONHASHSEED="0", **settings).stderr
+        return int(re.search(pattern, report)[1].replace(",", ""))
 
     return count("run") - count("idle")
 
 
-def costs(each, results, counter):
+def costs(each, results, shape):
     """Medians, and what one process is enough for."""
+    allocations = (r"total heap usage: ([\d,]+) allocs", "--leak-check=no")
+    callgrind = ("--tool=callgrind", "--callgrind-out-file=/dev/null")
     return {key: median(result[key] for result in results) for key in results[0]} | {
         "minimum": min(result["import"] for result in results),
-        "instructions": instructions(each),
+        "instructions": counted(each, r"Collected : (\d+)", *callgrind),
         "bytes": each.file.stat().st_size,
-        "float": answer("shape", each)["float"],
-        **answer("count", each, LD_PRELOAD=str(counter)),
+        "float": shape["float"],
+        # Of all three allocators of the interpreter, which by itself takes small blocks from pools.
+        "made": counted(each, *allocations, PYTHONMALLOC="malloc"),
+        "malloc": counted(each, *allocations),
     }
 
 
 def compare(found, rounds):
-    counter = contenders.compiled(BENCH / "counter.so", contenders.HERE / "counter.c")
     measured = measure(found, rounds)
     table = []
-    for each, results in zip(found, measured):
-        cost = costs(each, results, counter)
+    for each, results, shape in zip(found, measured, shapes(found)):
+        cost = costs(each, results, shape)
         ours = table[0]["cost"] if table else cost
         ratio = {key: ours[key] / cost[key] for key in ("minimum", "instructions", "bytes")}
         ratio |= median_ratios(measured[0], results)
@@ -125,25 +129,20 @@ def compare(found, rounds):
     return table
 
 
-def growth(grown, rounds):
-    """What each contender costs, as multiples of its own cost with the smallest catalogue."""
-    of_size = [
-        contenders.contenders(BENCH / f"grown-{size}", file, cython=False)
-        for size, file in zip(SIZES, grown)
-    ]
-    for found, shape in of_size:
-        verify(found, shape)
-    measured = measure([each for found, _ in of_size for each in found], rounds)
-    smallest = of_size[0][0]
+def growth(modules, rounds):
+    """What each alternative costs, as multiples of its own cost with the smallest catalogue."""
+    of_size = [alternatives(BENCH / f"times-{size}", file) for size, file in zip(SIZES, modules)]
+    held = [shapes(found)[0] for found in of_size]
+    measured = measure([each for found in of_size for each in found], rounds)
     rows = {}
-    for index, each in enumerate(smallest):
-        series = measured[index :: len(smallest)]
+    for index, each in enumerate(of_size[0]):
+        series = measured[index :: len(of_size[0])]
         fastest = [min(result["import"] for result in results) for results in series]
         rows[each.name] = [
             median_ratios(results, series[0]) | {"minimum": minimum / fastest[0]}
             for results, minimum in zip(series, fastest)
         ]
-    return {"shapes": [shape for _, shape in of_size], "rows": rows}
+    return {"shapes": held, "rows": rows}
 
 
 def print_columns(title, head, rows):
@@ -155,43 +154,29 @@ def print_columns(title, head, rows):
 
 
 def print_comparison(table):
-    def cost(key, scale=1, digits=0):
-        return [f"{row['cost'][key] / scale:.{digits}f}" for row in table]
-
-    def ratio(key):
-        return [f"{row['ratio'][key]:.2f}" for row in table]
-
-    def show(title, *columns):
-        heads, cells = zip(("", [row["name"] for row in table]), *columns)
-        print_columns(title, heads, list(zip(*cells)))
-
-    show(
-        "Import; ratios are ours / theirs",
-        ("ms, minimum", cost("minimum", 1e6, 3)),
-        ("ratio", ratio("minimum")),
-        ("median", cost("import", 1e6, 3)),
-        ("ratio", ratio("import")),
-        ("instructions", cost("instructions")),
-        ("ratio", ratio("instructions")),
-        ("page faults", cost("faults")),
-    )
-    memory = ("resident", "private", "peak")
-    show(
-        "Memory added, in KiB; ratios are ours / theirs",
-        *(
-            (head, cells)
-            for key in memory
-            for head, cells in ((key, cost(key)), ("ratio", ratio(key)))
+    """Three tables, of columns: a head, a key, the unit, its decimals, whether a ratio follows."""
+    for title, *columns in (
+        (
+            "Import; ratios are ours / theirs",
+            ("ms, minimum", "minimum", 1e6, 3, True), ("median", "import", 1e6, 3, True),
+            ("instructions", "instructions", 1, 0, True), ("page faults", "faults", 1, 0, False),
+        ), (
+            "Memory added, in KiB; ratios are ours / theirs",
+            *((key, key, 1, 0, True) for key in ("resident", "private", "peak")),
+        ), (
+            "Allocations and size",
+            ("floats held", "float", 1, 0, False), ("allocations", "made", 1, 0, False),
+            ("kept", "kept", 1, 0, False), ("malloc calls", "malloc", 1, 0, False),
+            ("bytes on disk", "bytes", 1, 0, False),
         ),
-    )
-    show(
-        "Allocations and size",
-        ("floats held", cost("float")),
-        ("allocations", cost("made")),
-        ("kept", cost("kept")),
-        ("malloc calls", cost("malloc")),
-        ("bytes on disk", cost("bytes")),
-    )
+    ):  # fmt: skip
+        shown = [["", *(row["name"] for row in table)]]
+        for head, key, unit, digits, compared in columns:
+            shown.append([head, *(f"{row['cost'][key] / unit:.{digits}f}" for row in table)])
+            if compared:
+                shown.append(["ratio", *(f"{row['ratio'][key]:.2f}" for row in table)])
+        heads, *rows = zip(*shown)
+        print_columns(title, heads, rows)
 
 
 def print_aims(table):
@@ -210,19 +195,17 @@ def print_aims(table):
 
 
 def print_growth(grown):
-    keys = ("minimum", "resident", "faults")
-    rows = [
-        [name, *(f"{row[key]:.2f}" for key in keys for row in series)]
-        for name, series in grown["rows"].items()
-    ]
-    titles = ("import", "resident", "faults")
+    keys = {"minimum": "import", "resident": "resident", "faults": "faults"}
     print_columns(
         "Growth, as multiples of the smallest catalogue; the import by its minimum",
-        ["", *(f"{title} x{size}" for title in titles for size in SIZES)],
-        rows,
+        ["", *(f"{title} x{size}" for title in keys.values() for size in SIZES)],
+        [
+            [name, *(f"{row[key]:.2f}" for key in keys for row in series)]
+            for name, series in grown["rows"].items()
+        ],
     )
     print_columns(
-        "What the grown catalogues hold, as multiples",
+        "What these catalogues hold, as multiples",
         ["", *(f"x{size}" for size in SIZES)],
         [
             [kind, *(f"{shape[kind] / smallest:.2f}" for shape in grown["shapes"])]
@@ -233,7 +216,7 @@ def print_growth(grown):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("--rounds", type=int, help="fresh processes of each contender (40)")
+    parser.add_argument("--rounds", type=int, help="fresh processes of each alternative (40)")
     parser.add_argument("--json", type=Path, metavar="FILE", help="write all results there as well")
     parser.add_argument(
         "--quick",
@@ -245,25 +228,23 @@ def main():
 
     from marlune.tables import data_tables
 
-    py_compile.compile(contenders.HERE / "child.py", BENCH / "child.pyc", doraise=True)
+    py_compile.compile(str(HERE / "child.py"), str(BENCH / "child.pyc"), doraise=True)
     with concurrent.futures.ThreadPoolExecutor() as pool:
-        grown = [
-            pool.submit(contenders.grown, BENCH / f"grown-{size}", size)
-            for size in SIZES
-            if not options.quick
-        ]
-        found, shape = contenders.contenders(BENCH, Path(data_tables.__file__), not options.quick)
-    verify(found, shape)
-    say(f"{rounds} rounds of {len(found)} contenders")
-    results = {"rounds": rounds, "shape": shape, "contenders": compare(found, rounds)}
-    if grown:
+        sizes = () if options.quick else SIZES
+        building = [pool.submit(scaled, BENCH / f"times-{size}", size) for size in sizes]
+        found = alternatives(BENCH, Path(data_tables.__file__), not options.quick)
+        modules = [each.result() for each in building]
+    shape = shapes(found[:1])[0]
+    say(f"{rounds} rounds of {len(found)} alternatives")
+    results = {"rounds": rounds, "shape": shape, "alternatives": compare(found, rounds)}
+    if modules:
         say(f"{rounds} rounds of catalogues of {len(SIZES)} sizes")
-        results["growth"] = growth([each.result() for each in grown], rounds)
+        results["growth"] = growth(modules, rounds)
 
     print("The module holds", ", ".join(f"{n} {kind}" for kind, n in shape.items()))
-    print_comparison(results["contenders"])
-    print_aims(results["contenders"])
-    if grown:
+    print_comparison(results["alternatives"])
+    print_aims(results["alternatives"])
+    if modules:
         print_growth(results["growth"])
     if options.json:
         options.json.write_text(json.dumps(results, indent=1) + "\n")

@@ -23,8 +23,10 @@ def load_pickle(pickle):
         return pickle.load(file)
 
 
-def rebuilt(document):
+def load_json(library):
     """The payloads of a JSON document: shared columns by their number, mappings with their keys."""
+    with open(sys.argv[3], "rb") as file:
+        document = library.loads(file.read())
     columns = []
     for column in document["columns"]:
         if type(column) is dict:
@@ -33,61 +35,6 @@ def rebuilt(document):
     for payload in document["tables"].values():
         payload["data"] = {key: columns[i] for key, i in payload["data"].items()}
     return document["tables"]
-
-
-def load_json(json):
-    with open(sys.argv[3], encoding="utf-8") as file:
-        return rebuilt(json.load(file))
-
-
-def load_orjson(orjson):
-    with open(sys.argv[3], "rb") as file:
-        return rebuilt(orjson.loads(file.read()))
-
-
-def walk(root):
-    """Every object that the root reaches through lists and dicts, once, in a fixed order."""
-    seen = {}
-    stack = [root]
-    while stack:
-        found = stack.pop()
-        if id(found) in seen:
-            continue
-        seen[id(found)] = found
-        if type(found) is list:
-            stack += reversed(found)
-        elif type(found) is dict:
-            stack += [part for entry in reversed(found.items()) for part in reversed(entry)]
-    return list(seen.values())
-
-
-def digest(tables):
-    """Covers values, types, orders, and which slots hold the same list or dict."""
-    containers = [found for found in walk(tables) if type(found) in (list, dict)]
-    number = {id(container): index for index, container in enumerate(containers)}
-
-    def text(part):
-        return f"@{number[id(part)]}" if id(part) in number else f"{type(part).__name__} {part!r}"
-
-    import hashlib
-
-    whole = hashlib.sha256()
-    for each in containers:
-        parts = each if type(each) is list else [part for entry in each.items() for part in entry]
-        whole.update(repr((type(each).__name__, *map(text, parts))).encode())
-    return whole.hexdigest()
-
-
-def shape(root):
-    """How many objects of each kind there are, and how many references the lists and dicts hold."""
-    found = walk(root)
-    counts = {
-        kind.__name__: sum(type(each) is kind for each in found)
-        for kind in (float, int, str, list, dict)
-    }
-    counts["list slots"] = sum(len(each) for each in found if type(each) is list)
-    counts["dict entries"] = sum(len(each) for each in found if type(each) is dict)
-    return counts
 
 
 def memory():
@@ -126,35 +73,19 @@ def measure(load):
     }
 
 
-def count(load):
-    from ctypes import PyDLL, c_long
-
-    counter = PyDLL(os.environ["LD_PRELOAD"])
-    asked, called = (c_long.in_dll(counter, name) for name in ("asked", "called"))
-    counter.start()
-    load()
-    return {"made": asked.value, "malloc": called.value}
-
-
-def tables_of(loaded):
-    return loaded if type(loaded) is dict else loaded.REPO_TABLES
-
-
-def check(load):
+def describe(load):
+    """A digest of what is held, and how many objects and slots of each kind there are."""
     loaded = load()
-    tables = tables_of(loaded)
+    from tools.digest import digest, shape_of
+
+    tables = loaded if type(loaded) is dict else loaded.REPO_TABLES
     if loaded is not tables:
         for name, payload in tables.items():
             assert getattr(loaded, name) is payload, name
-    return digest(tables)
+    return digest([tables])[0], shape_of(tables)
 
 
-def check_shape(load):
-    return shape(tables_of(load()))
-
-
-LOADS = {"module": load_module, "pickle": load_pickle, "json": load_json, "orjson": load_orjson}
-MODES = {"measure": measure, "count": count, "check": check, "shape": check_shape}
+LOADS = {"module": load_module, "pickle": load_pickle, "json": load_json, "orjson": load_json}
 
 
 def main(mode, kind):
@@ -162,12 +93,11 @@ def main(mode, kind):
     library = __import__("marlune.tables" if kind == "module" else kind)
     # The collector stays on, but what was before does not decide whether it runs during the load.
     gc.collect()
-    if mode == "idle":
+    if mode in ("idle", "run"):  # for counts: nothing but the load, and no farewell
+        if mode == "run":
+            LOADS[kind](library)
         os._exit(0)
-    if mode == "run":  # for instruction counts: nothing but the load, and no farewell
-        LOADS[kind](library)
-        os._exit(0)
-    print(repr(MODES[mode](lambda: LOADS[kind](library))))
+    print(repr({"measure": measure, "describe": describe}[mode](lambda: LOADS[kind](library))))
 
 
 if __name__ == "__main__":

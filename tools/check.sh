@@ -101,7 +101,7 @@ check_types() {
   quiet mypy --strict tools &&
     # What is None where a test takes it for something makes the test fail.
     quiet mypy --check-untyped-defs --disable-error-code union-attr --disable-error-code index \
-      --disable-error-code var-annotated tests
+      --disable-error-code var-annotated tests benchmarks
 }
 
 check_format() {

@@ -10,6 +10,7 @@ follows with a digest of its own, as tests/test_inventory.py has them.
 import hashlib
 import struct
 import sys
+from collections import Counter
 from collections.abc import Iterable, Iterator
 from itertools import chain
 from types import ModuleType
@@ -31,6 +32,15 @@ def slots_of(value: Any, met: dict[int, int]) -> Iterator[Any]:
 def objects_of(value: Any) -> list[Any]:
     """Every object that the value holds, itself among them, once."""
     return list({id(each): each for each in slots_of(value, {})}.values())
+
+
+def shape_of(value: Any) -> dict[str, int]:
+    """How many objects of each type there are, and how many slots the lists and dicts have."""
+    found = objects_of(value)
+    counts = Counter(type(each).__name__ for each in found)
+    for kind, slots in (list, "list slots"), (dict, "dict entries"):
+        counts[slots] = sum(len(each) for each in found if type(each) is kind)
+    return dict(counts)
 
 
 def attributes_of(module: ModuleType) -> dict[str, Any]:

@@ -5,7 +5,7 @@
 
 #include "payload/record.hpp"
 
-namespace marlune::tables::grown {
+namespace marlune::tables::scaled {
 
 // The values at which rates end are the same in every table.
 constexpr Number varied(Number number, int copy) {
@@ -41,12 +41,12 @@ inline constexpr auto numbers = [] {
 
 template <const Payload &table, int copy>
 constexpr Payload copy_of(std::string_view attribute, std::string_view source) {
-  Payload grown = table;
-  grown.attribute = attribute;
-  if (grown.data_source) {
-    grown.data_source->attribute = source;
+  Payload copied = table;
+  copied.attribute = attribute;
+  if (copied.data_source) {
+    copied.data_source->attribute = source;
   }
-  grown.data = {};
+  copied.data = {};
   std::size_t next = 0;
   for (Column column : table.data) {
     const auto entries = column.entries;
@@ -58,9 +58,9 @@ constexpr Payload copy_of(std::string_view attribute, std::string_view source) {
       next += count;
       column.entries.push_back(entry);
     }
-    grown.data.push_back(column);
+    copied.data.push_back(column);
   }
-  return grown;
+  return copied;
 }
 
-} // namespace marlune::tables::grown
+} // namespace marlune::tables::scaled

@@ -1,7 +1,6 @@
 """What the module is compared with: made in build/bench, from the module itself."""
 
 import json
-import os
 import pickle
 import py_compile
 import re
@@ -12,16 +11,16 @@ from collections import Counter
 from dataclasses import dataclass
 from pathlib import Path
 
-from child import shape, walk
+from tools import TOP
+from tools.digest import attributes_of, objects_of
 
-HERE = Path(__file__).resolve().parent
-PROJECT = HERE.parent
+HERE = TOP / "benchmarks"
 MODULE_FILE = Path("marlune", "tables", "data_tables")
 EXTENSION = MODULE_FILE.with_suffix(sysconfig.get_config_var("EXT_SUFFIX"))
 
 
 @dataclass
-class Contender:
+class Alternative:
     name: str
     kind: str  # how child.py loads it
     file: Path  # what an installation would hold
@@ -58,7 +57,7 @@ def compiled(target, *sources):
 
 def python_source(tables):
     """The tables as a plain module; a list or dict that several places hold gets a name."""
-    parts = [part for found in walk(tables) if type(found) is dict for part in found.values()]
+    parts = [part for found in objects_of(tables) if type(found) is dict for part in found.values()]
     uses = Counter(id(part) for part in parts if type(part) in (list, dict))
     names, lines = {}, []
 
@@ -100,171 +99,117 @@ def json_document(tables):
     )
 
 
-def floats_by_rules(own):
-    """How many floats the module makes where it follows its rules at import, and every number that
-    they give is an object of its own: with builtins that are not the interpreter's."""
-    count = """
-import builtins
-builtins.zip = lambda *each, zip=zip: zip(*each)
-from child import shape
-from marlune.tables import data_tables
-parts = {name: part for name, part in vars(data_tables).items() if name[:2] != "__"}
-print(shape(parts)["float"])"""
-    path = os.pathsep.join([str(own.parents[2]), str(HERE)])
-    env = os.environ | {"PYTHONPATH": path}
-    command = [sys.executable, "-c", count]
-    return int(subprocess.run(command, env=env, capture_output=True, check=True).stdout)
-
-
-def shape_header(held, floats):
-    """What the floor is to ask the interpreter for, in C."""
-    found = walk(held)
-    texts = [each.encode() for each in found if type(each) is str]
-    arrays = {
-        "long ints": [each for each in found if type(each) is int],
-        "char text_bytes": [byte - 256 * (byte > 127) for byte in b"".join(texts)],
-        "short text_sizes": [len(text) for text in texts],
-        "short list_sizes": [len(each) for each in found if type(each) is list],
-        "short dict_sizes": sorted(len(each) for each in found if type(each) is dict),
-    }
-    lines = [f"static const {name}[] = {{{str(array)[1:-1]}}};" for name, array in arrays.items()]
-    return "\n".join([f"enum {{ floats = {floats} }};", *lines]) + "\n"
-
-
 def limit_header(held):
     """The constants of the limit, and its program, in C."""
-    found = walk(held)
-    of_kind = {
-        kind: list(dict.fromkeys(each for each in found if type(each) is kind))
-        for kind in (float, str, int)
-    }
-    constants = [None, False, True, *of_kind[str], *of_kind[int]]
+    found = objects_of(held)
+    floats = list(dict.fromkeys(each for each in found if type(each) is float))
+    texts = list(dict.fromkeys(each for each in found if type(each) is str))
+    ints = list(dict.fromkeys(each for each in found if type(each) is int))
+    constants = [None, False, True, *texts, *ints]
     number = {(type(each), each): place for place, each in enumerate(constants)}
-    float_number = {each: place for place, each in enumerate(of_kind[float])}
-    slots, ranges, program, made = [], {}, [], {}
+    float_number = {each: place for place, each in enumerate(floats)}
+    slots: list[int] = []
+    program: list[int] = []
+    ranges: dict[tuple[int, ...], int] = {}
+    made: dict[int, int] = {}
 
     def of(part):
-        return make(part) if type(part) in (list, dict) else number[type(part), part]
-
-    def make(container):
-        if id(container) in made:
-            return made[id(container)]
-        if type(container) is list:
-            last = 0 if type(container[-1]) is float else of(container[-1])
+        """The number of a constant, or of a list or dict, which the program then has made."""
+        if type(part) not in (list, dict):
+            return number[type(part), part]
+        if id(part) in made:
+            return made[id(part)]
+        if type(part) is list:
+            last = 0 if type(part[-1]) is float else of(part[-1])
             # What stands there is not looked at where the list ends in an int.
-            filled = tuple(float_number.get(each, 0) for each in container)
+            filled = tuple(float_number.get(each, 0) for each in part)
             if filled not in ranges:
                 ranges[filled] = len(slots)
                 slots.extend(filled)
-            step = [0, ranges[filled], len(container), last]
+            step = [0, ranges[filled], len(part), last]
         else:
-            step = [1, len(container), *(of(each) for entry in container.items() for each in entry)]
+            step = [1, len(part), *(of(each) for entry in part.items() for each in entry)]
         program.extend(step)
-        made[id(container)] = len(constants) + len(made)
-        return made[id(container)]
+        made[id(part)] = len(constants) + len(made)
+        return made[id(part)]
 
     # Every text starts at an even place, as the wide ones must.
-    units, texts = bytearray(), []
-    for text in of_kind[str]:
+    units, places = bytearray(), []
+    for text in texts:
         width = 1 if max(text) < "\u0100" else 2
         kind = 0 if text.isascii() and text.isidentifier() else width
-        texts += [kind, len(units), len(text)]
+        places += [kind, len(units), len(text)]
         units += text.encode("latin-1" if width == 1 else "utf-16-le") + bytes(2)
         units += bytes(len(units) % 2)
 
     bindings = [of(each) for entry in held.items() if not callable(entry[1]) for each in entry]
-    arrays = {
-        "ints": of_kind[int],
-        "units": units,
-        "texts": texts,
-        "slots": slots,
-        "program": program,
-        "bindings": bindings,
-    }
-    types = ("unsigned char", "unsigned short", "int")
     lines = [
         f"enum {{ containers = {len(made)} }};",
-        f"static const double values[] = {{{', '.join(map(float.hex, of_kind[float]))}}};",
+        f"static const double values[] = {{{', '.join(map(float.hex, floats))}}};",
     ]
-    for name, array in arrays.items():
-        kind = types[(max(array) > 0xFF) + (max(array) > 0xFFFF)]
-        lines.append(f"_Alignas(2) static const {kind} {name}[] = {{{str(list(array))[1:-1]}}};")
+    for name, array in (
+        ("ints", ints), ("units", list(units)), ("texts", places), ("slots", slots),
+        ("program", program), ("bindings", bindings),
+    ):  # fmt: skip
+        most = max(array)
+        c_type = "unsigned char" if most < 1 << 8 else "unsigned short" if most < 1 << 16 else "int"
+        lines.append(f"_Alignas(2) static const {c_type} {name}[] = {{{str(array)[1:-1]}}};")
     return "\n".join(lines) + "\n"
 
 
 def imported(file):
-    """The module in this file, also when another one of its name has been imported before."""
+    """The module of this file, also when another one of its name has been imported before."""
     for name in [name for name in sys.modules if name.split(".")[0] in ("marlune", "data_tables")]:
         del sys.modules[name]
     sys.path.insert(0, str(file.parents[2]))
     from marlune.tables import data_tables
 
     sys.path.pop(0)
-    assert Path(data_tables.__file__) == file
+    assert data_tables.__file__ == str(file)
     return data_tables
 
 
-def contenders(folder, own, cython):
-    """All of them, made in the folder from the extension `own`; and the shape of what it holds."""
+def alternatives(folder, own, cython=False):
+    """All of them, the extension `own` first; made in the folder from what that holds."""
     module = imported(own)
     tables = module.REPO_TABLES
-    held = {
-        name: value
-        for name, value in vars(module).items()
-        if name == "__test__" or not name.startswith("__")
-    }
-
     source = write(folder / "bytecode" / MODULE_FILE.with_suffix(".py"), python_source(tables))
-    byte_code = Path(py_compile.compile(str(source), doraise=True))
+    byte_code = Path(str(py_compile.compile(str(source), doraise=True)))
     found = [
-        Contender("ours", "module", own, own.parents[2]),
-        Contender("byte code", "module", byte_code, folder / "bytecode"),
+        Alternative("ours", "module", own, own.parents[2]),
+        Alternative("byte code", "module", byte_code, folder / "bytecode"),
     ]
-
     if cython:
         plain = write(folder / "cython/source/data_tables.py", source.read_bytes())
-        c_file, target = folder / "cython/source/data_tables.c", folder / "cython" / EXTENSION
+        c_file, target = plain.with_suffix(".c"), folder / "cython" / EXTENSION
         if not c_file.exists() or c_file.stat().st_mtime < plain.stat().st_mtime:
             say("compiling with Cython (some minutes, once)")
             run("cython3", "-3", plain, "-o", c_file)
-        found.append(Contender("Cython", "module", compiled(target, c_file), folder / "cython"))
-
+        found.append(Alternative("Cython", "module", compiled(target, c_file), folder / "cython"))
     pickled = write(folder / "tables.pickle", pickle.dumps(tables, protocol=5))
     document = write(folder / "tables.json", json_document(tables))
-    found += [
-        Contender("pickle", "pickle", pickled, folder),
-        Contender("json", "json", document, folder),
-        Contender("orjson", "orjson", document, folder),
-    ]
+    found.append(Alternative("pickle", "pickle", pickled, folder))
+    found += [Alternative(kind, kind, document, folder) for kind in ("json", "orjson")]
 
-    for name, header, content in (
-        ("limit", "tables.h", limit_header(held)),
-        ("floor", "shape.h", shape_header(held, floats_by_rules(own))),
-    ):
-        c_file = write(folder / name / f"source/{name}.c", (HERE / f"{name}.c").read_bytes())
-        header = write(folder / name / "source" / header, content)
-        target = compiled(folder / name / EXTENSION, c_file, header)
-        found.append(Contender(name, "module", target, folder / name))
-    return found, shape(held)
+    limit = folder / "limit"
+    c_file = write(limit / "source" / "limit.c", (HERE / "limit.c").read_bytes())
+    header = write(limit / "source" / "tables.h", limit_header(attributes_of(module)))
+    target = compiled(limit / EXTENSION, c_file, header)
+    return [*found, Alternative("limit", "module", target, limit)]
 
 
-def replaced(text, pattern, replacement):
-    text, count = re.subn(pattern, replacement, text, flags=re.MULTILINE)
-    if count == 0:
-        sys.exit(f"bench: the sources no longer hold what the growth replaces: {pattern}")
-    return text
-
-
-def grown(folder, factor):
+def scaled(folder, factor):
     """The module built from a copy of its sources that binds every table `factor` times."""
     sources = {
-        path.relative_to(PROJECT).as_posix(): path.read_text()
-        for path in [PROJECT / "CMakeLists.txt", *PROJECT.glob("tables/**/*.*p*")]
+        path.relative_to(TOP).as_posix(): path.read_text("utf-8")
+        for path in [TOP / "CMakeLists.txt", *TOP.glob("tables/**/*.*p*")]
     }
-    sources["tables/grown.hpp"] = (HERE / "grown.hpp").read_text()
+    sources["tables/scaled.hpp"] = (HERE / "scaled.hpp").read_text("utf-8")
 
     def change(name, pattern, replacement):
-        sources[name] = replaced(sources[name], pattern, replacement)
+        sources[name], count = re.subn(pattern, replacement, sources[name], flags=re.MULTILINE)
+        if count == 0:
+            sys.exit(f"bench: {name} no longer holds what the growth replaces: {pattern}")
 
     body, inventory = "tables/body.hpp", "tables/inventory.hpp"
     recipes = "tables/payload/recipes.hpp"
@@ -278,22 +223,15 @@ def grown(folder, factor):
                 continue
             own = name.split("::")[1] + f"_{copy}"
             copies.append(
-                f"inline constexpr Payload {own} = grown::copy_of<{name}, {copy}>("
+                f"inline constexpr Payload {own} = scaled::copy_of<{name}, {copy}>("
                 f'"{own}", "_DAV2004R_DATA_{copy}");'
             )
             statements.append(f"    table({own}),")
-    change(body, r"^namespace", '#include "grown.hpp"\n\nnamespace')
+    change(body, r"^namespace", '#include "scaled.hpp"\n\nnamespace')
     change(body, r"^inline constexpr Statement body", "\n".join([*copies, "", r"\g<0>"]))
     change(body, r"^    inventory\(", "\n".join([*statements, "    inventory("]))
-    change(
-        inventory,
-        r'(^    ".*",\n)+',
-        "".join(
-            f'    "{name}{suffix}",\n'
-            for suffix in ["", *(f"_{n}" for n in range(1, factor))]
-            for name in names
-        ),
-    )
+    names += [f"{name}_{copy}" for copy in range(1, factor) for name in names]
+    change(inventory, r'(^    ".*",\n)+', "".join(f'    "{name}",\n' for name in names))
     # Room for more; indices of 32 bits, because 16 do not reach.
     change(recipes, "tables = 100;", f"tables = {factor} * 100;")
     change(recipes, "using Index = std::uint16_t", "using Index = std::uint32_t")
@@ -302,17 +240,9 @@ def grown(folder, factor):
         write(folder / "source" / name, text)
     build = folder / "build"
     if not (build / "build.ninja").exists():
-        run(
-            "cmake",
-            "-S",
-            folder / "source",
-            "-B",
-            build,
-            "-G",
-            "Ninja",
-            "-DCMAKE_BUILD_TYPE=Release",
-            # More than the compiler grants the module itself.
-            "-DCMAKE_CXX_FLAGS=-fconstexpr-ops-limit=1000000000",
-        )
+        # More than the compiler grants the module itself.
+        flags = "-DCMAKE_CXX_FLAGS=-fconstexpr-ops-limit=1000000000"
+        options = ("-G", "Ninja", "-DCMAKE_BUILD_TYPE=Release", flags)
+        run("cmake", "-S", folder / "source", "-B", build, *options)
     run("cmake", "--build", build)
     return build / EXTENSION
