@@ -151,7 +151,7 @@ def test_system_has_no_memory(meal):
 @pytest.mark.skipif(SANITIZED, reason="the C++ library is not inside")
 def test_no_storage_of_a_thread_waits_for_its_first_use():
     """Where there is no memory for it then, the C library ends the process."""
-    module = importlib.util.find_spec(NAME).origin
+    module = str(importlib.util.find_spec(NAME).origin)
     listed = subprocess.run(["readelf", "-rW", module], check=True, capture_output=True, text=True)
     assert "Relocation section" in listed.stdout
     assert not re.findall(r".*(?:DTPMOD|DTPREL|DTPOFF|TLSDESC).*", listed.stdout)
