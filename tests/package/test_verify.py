@@ -330,6 +330,84 @@ def test_each_form_is_read_and_each_fault_found(document, tmp_path, capsys):
     assert {(age, None)} == {each[2:4] for each in differences(found)}
 
 
+def workbook_of_2019(change=lambda rows: None):
+    """The supervisor's workbook with the rates that the module holds; where annex 2.1 has others,
+    with those."""
+    rows = [[None] * 48 for _ in range(130)]
+    printed = as_printed("PERMF_PASEM_2020.xlsx")
+    rate, trend, deaths = "qx base 2012 en tanto por mil", "λ = factor de mejora", "qx base 2019"
+    loads = ("Recargo técnico qx base", "Recargo técnico factor de mejora")
+    for ages, cell, title, table in (
+        (1, 2, "1.1. PER2012_Col_2ndo", "PER2020_Col_2o"),
+        (1, 7, "1.1. PER2012_Ind_2ndo", "PER2020_Ind_2o"),
+        (12, 13, "2.1. PER2012_Col_1er", "PER2020_Col_1o"),
+        (22, 23, "2.1. PER2012_Ind_1er", "PER2020_Ind_1o"),
+        (32, 33, "1.2. PASEM2019_General_2ndo", "PASEM2020_Gen_2o"),
+        (32, 36, "1.3. PASEM2019_Decesos_2ndo", "PASEM2020_Dec_2o"),
+        (39, 40, "2.2. PASEM2019_Rel_1er", "PASEM2020_Rel_1o"),
+        (39, 43, "2.3. PASEM2019_NoRel_1er", "PASEM2020_NoRel_1o"),
+        (39, 46, "2.4. PASEM2019_Decesos_1er", "PASEM2020_Dec_1o"),
+    ):
+        rows[5][cell] = f"Anexo {title}.{'2' if '2.4.' in title else ''}orden"
+        heads = (
+            [(rate, "qx"), (trend, "mi")]
+            if "PER" in table
+            else [(f"{deaths} en tanto por mil", "qx")]
+        )
+        if "2.1." in title:
+            heads = [(loads[0], ""), heads[0], (loads[1], ""), heads[1]]
+        for sex in ("Mujeres", "Hombres"):
+            rows[6][cell] = sex
+            for head, key in heads:
+                rows[8][cell] = head
+                column = (table, f"{key}_{'f' if sex == 'Mujeres' else 'm'}")
+                for age in AGES:
+                    rows[9 + age][ages] = age
+                    rows[9 + age][cell] = float(printed[column][age]) + 1e-9 if key else 0.05
+                cell += 1
+    change(rows)
+    return xlsx({"Nuevas tablas": rows})
+
+
+def test_the_workbook_with_all_decimals_is_compared_rounded(tmp_path, capsys):
+    path = tmp_path / "edition.xlsx"
+    status, found = run(path, workbook_of_2019(), capsys)
+    assert (status, found["problems"], differences(found)) == (0, [], set())
+    assert len(found["columns"]) == 26
+
+    def next_place(rows):
+        rows[9 + 65][14] += 0.001  # female rate of PER2020_Col_1o
+        rows[9 + 65][10] += 0.0001  # male improvement of PER2020_Ind_2o
+
+    status, found = run(path, workbook_of_2019(next_place), capsys)
+    changed = {("PER2020_Col_1o", "qx_f", 65), ("PER2020_Ind_2o", "mi_m", 65)}
+    assert status == 1 and {each[:3] for each in differences(found)} == changed
+
+    for row, one, other in ((6, 13, 17), (5, 40, 43), (8, 13, 14), (6, 33, 34), (5, 2, 7)):
+
+        def exchange(rows, row=row, one=one, other=other):
+            rows[row][one], rows[row][other] = rows[row][other], rows[row][one]
+
+        status, found = run(path, workbook_of_2019(exchange), capsys)
+        assert status == 2 and "the heads from there are" in found["unreadable"]
+
+
+def test_the_copy_of_the_swiss_tables_is_read_per_mille(tmp_path, capsys):
+    orders = "GKMF95 f, GKMF95 m, GRMF95 f, GRMF95 m, GKMF80 f, GKMF80 m, GRMF80 f, GRMF80 m"
+    columns = [(each.split()[0], f"qx_{each.split()[1]}") for each in orders.split(", ")]
+    rows = ["edad,GKF_95,GKM_95,GRF_95,GRM_95,GKF_80,GKM_80,GRF_80,GRM_80"]
+    printed = as_printed("GXMF_80_95.csv")
+    rows += [
+        ",".join([str(age), *(f"{printed[each][age] * 1000:f}" for each in columns)])
+        for age in range(15, 127)
+    ]
+    path = tmp_path / "copy.csv"
+    status, found = run(path, "\n".join(rows).encode(), capsys)
+    assert (status, found["problems"], differences(found)) == (0, [], set())
+    text = "\n".join(rows).replace("GKF_95,GKM_95", "GKM_95,GKF_95").encode()
+    assert run(path, text, capsys)[0] == 2
+
+
 def test_the_pages_of_the_sources_are_those_of_the_document(tmp_path, capsys):
     document = tmp_path / "t825.xml"
     document.write_bytes(FORMS[document.name][0](as_printed(document.name)))

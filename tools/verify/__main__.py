@@ -32,6 +32,8 @@ from tools.verify import (
     second_sources,
     society_of_actuaries,
     spain_boe,
+    spain_dgsfp,
+    spain_guide,
     spain_studies,
 )
 from tools.verify.compare import compare
@@ -39,7 +41,8 @@ from tools.verify.formats import SUFFIXES, open_document, read_file
 from tools.verify.printed import UnreadableError
 
 READERS = (
-    spain_boe, spain_studies, germany_dav, society_of_actuaries, cmi, chile, second_sources,
+    spain_boe, spain_dgsfp, spain_guide, spain_studies, germany_dav, society_of_actuaries, cmi,
+    chile, second_sources,
 )  # fmt: skip
 # What a reader runs into where a document of a known form lacks what the form has.
 MALFORMED = (ArithmeticError, AttributeError, LookupError, TypeError, ValueError)

@@ -1,6 +1,7 @@
 """Compares what a document prints with what the module holds, cell by cell, as decimals."""
 
-from dataclasses import dataclass, field
+import math
+from dataclasses import dataclass, field, replace
 from decimal import ROUND_HALF_UP, Decimal
 
 from marlune.tables.data_tables import REPO_TABLES
@@ -52,9 +53,29 @@ def compare(record, document, printed_columns):
     return compared, problems
 
 
+def worked_out(printed):
+    """What an example of a document has to be: years of improvement, their factor, the rate."""
+    what, kind, year = printed.worked
+    rates, improvement = (HELD[printed.table, key + printed.column[2:]] for key in ("qx", "mi"))
+    worked = {}
+    for age in printed.figures:
+        years = year - 2012 + (age if kind == "born" else 0)
+        factor = Decimal(repr(math.exp(-float(improvement[age]) * years)))
+        worked[age] = {
+            "years": Decimal(years),
+            "factor": factor,
+            "rate": rates[age] * factor / 1000,
+        }
+    return {age: each[what] for age, each in worked.items()}
+
+
 def compare_column(printed, applying, met):
-    held = HELD[printed.table, printed.column]
+    held = worked_out(printed) if printed.worked else HELD[printed.table, printed.column]
     result = Compared(printed)
+    if printed.decimals is not None:
+        step = Decimal((0, (1,), -printed.decimals))
+        rounded = {a: each.quantize(step, ROUND_HALF_UP) for a, each in printed.figures.items()}
+        printed = replace(printed, figures=rounded)
     for age in sorted(printed.figures.keys() | held.keys()):
         figure, rate = printed.figures.get(age), held.get(age)
         if figure is not None and rate is not None and agrees(printed, figure, rate):
@@ -62,7 +83,7 @@ def compare_column(printed, applying, met):
             continue
         for declared in applying:
             if explains(declared, age, figure, rate, held):
-                met[id(declared)].add((id(printed), age))
+                met[id(declared)].add((id(result.printed), age))
                 reasons = result.not_printed if figure is None else result.declared
                 reasons.setdefault(declared.reason, []).append((age, figure, rate))
                 break

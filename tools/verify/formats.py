@@ -139,6 +139,15 @@ def text_of(value):
     return "" if value is None else str(value).strip()
 
 
+def expect_heads(sheets, sheet, first_row, first_cell, heads):
+    """Refuses a sheet that has other words there: heads say what the figures below are."""
+    for row, words in enumerate(heads, first_row):
+        found = list(map(text_of, sheets[sheet][row][first_cell : first_cell + len(words)]))
+        if found != words:
+            where = cell_name(sheet, row, first_cell)
+            raise UnreadableError(f"{where}: the heads from there are {found}, not {words}")
+
+
 def read_columns(sheets, sheet, first_row, age_cell, columns):
     """Fills columns, each printed under its cell, from the rows whose age cell holds a number."""
     for number, row in enumerate(sheets[sheet][first_row:], first_row):

@@ -24,6 +24,9 @@ class Printed:
     place: str  # where in the document, such as "annex 1.1"
     computed: bool = False  # from printed figures, rather than printed
     figures: dict[int, Decimal] = field(default_factory=dict)  # by age
+    decimals: int | None = None  # to which figures are rounded, where they have more than the held
+    # An example that the document works out: what it is, and of which year; see compare.py.
+    worked: tuple | None = None
 
     def add(self, age, figure, where):
         if age in self.figures:

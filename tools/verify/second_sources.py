@@ -1,7 +1,8 @@
-"""Copies of other authors: GAM 71 as text and from R, PEAIM/F-2007 and PASEM 2010 as text."""
+"""Copies of other authors: GAM 71 as text and from R; PEAIM/F-2007, PASEM 2010, GKM/F and GRM/F."""
 
 from tools.verify.printed import Printed, UnreadableError, age_of, figure_of, number_of
 
+PER_MILLE = "GXMF_80_95.csv"
 # Each by its head: name of the document, and table and column of each cell.
 TEXTS = {
     ("Edad", "Hombre qx", "Mujer qx"): (
@@ -15,6 +16,19 @@ TEXTS = {
             ("PEAI2007_IAP_Ind", "ix_f"),
             ("PEAI2007_IAP_Col", "ix_m"),
             ("PEAI2007_IAP_Col", "ix_f"),
+        ],
+    ),
+    ("edad", "GKF_95", "GKM_95", "GRF_95", "GRM_95", "GKF_80", "GKM_80", "GRF_80", "GRM_80"): (
+        PER_MILLE,
+        [
+            ("GKMF95", "qx_f"),
+            ("GKMF95", "qx_m"),
+            ("GRMF95", "qx_f"),
+            ("GRMF95", "qx_m"),
+            ("GKMF80", "qx_f"),
+            ("GKMF80", "qx_m"),
+            ("GRMF80", "qx_f"),
+            ("GRMF80", "qx_m"),
         ],
     ),
 }
@@ -42,7 +56,8 @@ def read(name, content):
         if len(row) != len(printed) + 1:
             raise UnreadableError(f"line {number}: {len(row) - 1} figures, not {len(printed)}")
         for column, text in zip(printed, row[1:]):
-            column.add(age, figure_of(text, f"line {number}"), f"line {number}")
+            figure = figure_of(text, f"line {number}")
+            column.add(age, figure / 1000 if name == PER_MILLE else figure, f"line {number}")
     return printed
 
 
