@@ -6,6 +6,7 @@
 #include "resolved_body.hpp"
 #include "run_body.hpp"
 
+#include <atomic>
 #include <cstdint>
 #include <new>
 #include <utility>
@@ -16,10 +17,13 @@ namespace {
 
 constexpr const char *module_name = "data_tables";
 
+constexpr std::int64_t no_interpreter = -1;
+
 // All that is static and mutable. It is never destroyed: when the process ends, the interpreter is
 // gone before the C++ statics are.
 struct State {
-  std::int64_t interpreter = -1;
+  // The one that has the module. Interpreters with GILs of their own may ask for it at the same time.
+  std::atomic<std::int64_t> interpreter = no_interpreter;
   Reference module; // from the start of its exec step
   std::shared_ptr<const Context> live;
 };
@@ -43,13 +47,17 @@ void require_same_interpreter() {
     throw std::bad_alloc();
   }
   const Reference mark = Reference::steal(PyLong_FromVoidPtr(&state()));
-  if (state().interpreter == -1) {
-    check(PyDict_SetItem(marks, mark.get(), Py_None));
-    state().interpreter = current;
+  std::int64_t owner = no_interpreter;
+  if (state().interpreter.compare_exchange_strong(owner, current)) {
+    if (PyDict_SetItem(marks, mark.get(), Py_None) < 0) {
+      state().interpreter = no_interpreter;
+      throw ErrorSet{};
+    }
+    return;
   }
   const int marked = PyDict_Contains(marks, mark.get());
   check(marked);
-  if (state().interpreter != current || marked == 0) {
+  if (owner != current || marked == 0) {
     PyErr_SetString(PyExc_ImportError, "Interpreter change detected - this module can only be "
                                        "loaded into one interpreter per process.");
     throw ErrorSet{};
