@@ -115,8 +115,9 @@ Reference ObjectMaker::computed_list(const ListRecipe &recipe, const Reference &
     break;
   }
   case Rates::Origin::proportional: {
-    const Reference below_omega =
-        Reference::steal(PySequence_GetSlice(base.get(), 0, recipe.length - 1));
+    const Reference last = Reference::steal(PyLong_FromSsize_t(recipe.length - 1));
+    const Reference below_last = Reference::steal(PySlice_New(nullptr, last.get(), nullptr));
+    const Reference below_omega = Reference::steal(PyObject_GetItem(base.get(), below_last.get()));
     for_each_item(below_omega.get(), [&](PyObject *rate) { items.add(product(rate, factor)); });
     items.add(Reference::borrow(closing));
     break;
