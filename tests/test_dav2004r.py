@@ -104,7 +104,11 @@ def test_long_list_beside_a_short_one_takes_no_memory():
 
 @pytest.mark.parametrize(
     ("option", "sentence"),
-    [("-ffast-math", "different with -ffast-math"), ("-mfpmath=387", "for SSE2, not for x87")],
+    [
+        ("-ffast-math", "different with -ffast-math"),
+        ("-ffinite-math-only", "different with -ffast-math"),
+        ("-mfpmath=387", "for SSE2, not for x87"),
+    ],
 )
 def test_compiler_that_would_reckon_otherwise_is_refused(option, sentence):
     if option.startswith("-m") and platform.machine() != "x86_64":
