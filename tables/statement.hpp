@@ -22,7 +22,7 @@ struct Statement {
   std::string_view callee{}; // of a call: the attribute that holds the function
 };
 
-// A table is proved once more where it is bound, so that none is bound that nobody has proved.
+// Tables and base vectors are proved where they are bound, so that none is bound that nobody has proved.
 consteval Statement table(const Payload &payload,
                           std::source_location place = std::source_location::current()) {
   invariants::require(proved(payload), "the body binds a table that is not proved");
@@ -30,6 +30,7 @@ consteval Statement table(const Payload &payload,
 }
 consteval Statement base_vector(const BaseVector &vector,
                                 std::source_location place = std::source_location::current()) {
+  invariants::require(proved(vector), "the body binds a base vector that is not proved");
   return {Statement::Kind::base_vector, vector.name, place, nullptr, &vector};
 }
 consteval Statement function(std::string_view name, PyMethodDef &function,

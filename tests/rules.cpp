@@ -25,6 +25,7 @@ const Rates first = ages(0.1, 0.2, 0.4, 1.0), second = ages(0.2, 0.3, 0.5, 1.0);
 const Rates ultimate = ages(0.3, 0.4, 0.6, 1.0), trend = ages(0.1, 0.01, 0.0, 0.0);
 constexpr std::string_view two[] = {"A", "B"}, other[] = {"A", "C"}, twice[] = {"A", "A"};
 constexpr Number half[] = {0.00000005};
+constexpr Number wrong[] = {-3.0, 5.0};
 const Column qx_m = flat("qx_m", ultimate), mi_m = flat("mi_m", trend);
 const Column by_select =
     select_mapping("qx_m", {{1, first}, {2, second}, {Label::ult(), ultimate}});
@@ -198,6 +199,8 @@ int main() {
   BREAK("is not a float between 0 and 1", fixed, dav(122, 0.0));
   BREAK("stands out from those", fixed, dav(122, 0.5));
 
+  BREAK("length of a decrement column", fixed, invariants::prove(BaseVector{"_M", TableType::life, 0, 1, {}}));
+  BREAK("a number between 0 and", fixed, invariants::prove(BaseVector{"_M", TableType::life, 0, 1, wrong}));
   BREAK("does not list as many", fixed, prove_inventory(two, Names(two).first(1)));
   BREAK("that the body does not bind", fixed, prove_inventory(two, other));
   BREAK("binds two tables under", fixed, prove_inventory(two, Names(twice)));
@@ -205,7 +208,7 @@ int main() {
 
   // What a description cannot come to as long as the rest holds, and what rules are computed with.
   BREAK("nobody has heard of", fixed, Rates odd; odd.origin = Rates::Origin{99}; numbers_of(odd));
-  BREAK("can round", fixed, BaseVector base{"", half}; numbers_of(rounded(base, 1.0)));
+  BREAK("can round", fixed, BaseVector base{.rates = half}; numbers_of(rounded(base, 1.0)));
   BREAK("more decimals than", fixed, count_of(0.125, 2));
   BREAK("more digits than", fixed, decimal((std::int64_t{1} << 53) + 1, 0));
   BREAK("more digits than", fixed, decimal(1, 16));

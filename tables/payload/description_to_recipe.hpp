@@ -121,6 +121,9 @@ private:
   constexpr ListRecipe recipe_of(const Numbers &numbers) {
     const std::size_t first = slots.size();
     const std::size_t length = numbers.size();
+    if (length == 0) {
+      throw "a list without rates";
+    }
     slots.resize(first + length);
     Index *const mine = slots.data() + first;
     const Number *const begin = numbers.begin();

@@ -289,10 +289,23 @@ constexpr void prove(const Payload &table) {
   }
 }
 
+// As the decrement column that it is in tables.
+constexpr void prove(const BaseVector &vector) {
+  prove_decrement_rates({.attribute = vector.name,
+                         .table_type = vector.table_type,
+                         .omega = vector.omega,
+                         .start_age = vector.start_age},
+                        Place{vector.name}, numbers_of(vector.rates));
+}
+
 } // namespace invariants
 
 consteval bool proved(const Payload &table) {
   invariants::prove(table);
+  return true;
+}
+consteval bool proved(const BaseVector &vector) {
+  invariants::prove(vector);
   return true;
 }
 

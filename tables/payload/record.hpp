@@ -31,9 +31,15 @@ struct Number {
 
 using Literals = std::span<const Number>;
 
-// A list that the module binds under a name of its own and that many tables hold as a column.
+enum class TableType : std::uint8_t { life, disability, exit };
+
+// A list that the module binds under a name of its own and that many tables hold as a column. Its
+// rates are decimal.
 struct BaseVector {
   std::string_view name;
+  TableType table_type = TableType::life;
+  int start_age = 0;
+  int omega = 0;
   Literals rates;
 };
 
@@ -127,7 +133,6 @@ constexpr Column duration_grid(std::string_view key, std::initializer_list<Entry
   return {.key = key, .shape = Shape::duration_grid, .entries = entries};
 }
 
-enum class TableType : std::uint8_t { life, disability, exit };
 enum class Formula : std::uint8_t { exponential, linear, discrete, projected };
 
 // The unit of the decrement columns; improvement rates are always decimals.

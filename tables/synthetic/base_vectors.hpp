@@ -61,10 +61,10 @@ inline constexpr Number disability_rates_f[] = {
 };
 // clang-format on
 
-inline constexpr BaseVector qx_life{.name = "_QX_LIFE", .rates = decade_rates};
-inline constexpr BaseVector ox_m{.name = "_OX_M_BASE", .rates = decade_rates};
-inline constexpr BaseVector ox_f{.name = "_OX_F_BASE", .rates = decade_rates_f};
-inline constexpr BaseVector ix_m{.name = "_IX_M_BASE", .rates = disability_rates_m};
-inline constexpr BaseVector ix_f{.name = "_IX_F_BASE", .rates = disability_rates_f};
+inline constexpr BaseVector qx_life{"_QX_LIFE", TableType::life, 0, 100, decade_rates};
+inline constexpr BaseVector ox_m{"_OX_M_BASE", TableType::exit, 0, 100, decade_rates};
+inline constexpr BaseVector ox_f{"_OX_F_BASE", TableType::exit, 0, 100, decade_rates_f};
+inline constexpr BaseVector ix_m{"_IX_M_BASE", TableType::disability, 20, 65, disability_rates_m};
+inline constexpr BaseVector ix_f{"_IX_F_BASE", TableType::disability, 20, 65, disability_rates_f};
 
 } // namespace marlune::tables::synthetic
