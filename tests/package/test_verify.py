@@ -460,6 +460,46 @@ def test_a_table_that_is_not_there_is_told(tmp_path, capsys):
     assert verify.main(["--every", str(tmp_path)]) == 2
 
 
+def peai_changed(cell, value):
+    """A workbook of PEAIM/F with another value at age 40."""
+    book = openpyxl.load_workbook(io.BytesIO(peai(as_printed("PEAIMF-2007G(colect).xlsx"))))
+    book["Sheet1"].cell(24, cell + 1).value = value
+    book.save(packed := io.BytesIO())
+    return packed.getvalue()
+
+
+@pytest.mark.parametrize(
+    ("document", "column", "age"),
+    [("gam_71_male.csv", ("GAM71", "qx_m"), 4), ("t2513.xml", ("AM92_AF92", "qx_m.ult"), 16)],
+)
+def test_a_figure_that_is_not_held_is_compared(document, column, age, tmp_path, capsys):
+    printed = as_printed(document)
+    form = FORMS[document][0] if document in FORMS else xtbml("2513")
+    assert run(tmp_path / document, form(printed), capsys)[0] == 0
+    printed[column][age] += Decimal("0.000001")
+    status, found = run(tmp_path / document, form(printed), capsys)
+    assert status == 1 and {each[2] for each in differences(found)} == {age}
+
+
+@pytest.mark.parametrize("value", [True, "0.000427", xlwt.Formula("1/0"), "2013-01-01"])
+def test_cells_of_a_workbook_have_to_be_numbers(value, tmp_path, capsys, monkeypatch):
+    write = xlwt.Worksheet.write
+
+    def other(sheet, row, cell, written, *style):
+        if (row, cell) == (12, 1):
+            if value == "2013-01-01":
+                written, style = 41275, [xlwt.easyxf(num_format_str="YYYY-MM-DD")]
+            elif not isinstance(value, xlwt.Formula):
+                written = value
+            else:
+                return sheet.row(row).set_cell_error(cell, 0x07)
+        return write(sheet, row, cell, written, *style)
+
+    monkeypatch.setattr(xlwt.Worksheet, "write", other)
+    status, found = run(tmp_path / "92series.xls", cmi(as_printed("92series.xls")), capsys)
+    assert status == 2 and "is not a number" in found["unreadable"]
+
+
 def test_a_document_that_cannot_be_read_is_told(tmp_path, capsys, monkeypatch):
     monkeypatch.setattr(formats, "LARGEST_CONTENT", 1 << 20)
     bomb = io.BytesIO()
@@ -484,6 +524,14 @@ def test_a_document_that_cannot_be_read_is_told(tmp_path, capsys, monkeypatch):
         (rates.replace(b"0.694885", b"O.694885"), "age 108: 'O.694885' is not a figure"),
         (rates.replace(b'"108"', b'"107"'), "GAM83 qx_f has age 107 twice"),
         (rates.replace(b"Factor>0<", b"Factor>3<"), "the scaling factor is 3, not 0"),
+        (rates.replace(b"</Y>", b"</Y>7", 1), "there is more about a Y than a figure"),
+        (rates.replace(b"</Axis>", b'</Axis><Y t="5">1</Y>'), "there is more about a Y than"),
+        (peai_changed(0, "40"), "a figure of no age: beside it is '40'"),
+        (peai_changed(0, None), "a figure of no age: beside it is None"),
+        (peai_changed(0, 40.5), "40.5 is not an age"),
+        (peai_changed(1, True), "True is not a number"),
+        (xlsx({"Sheet1": [["Ed"], *[[None]] * 399, [1]]}), "has more than 400 rows"),
+        (r_data({("GAM71", "qx_f"): {65.9: 1}}), "65.9 is not an age"),
     ):  # fmt: skip
         status, found = run(tmp_path / "document", content, capsys)
         assert status == 2 and reason in found["unreadable"], (reason, found)

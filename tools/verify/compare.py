@@ -106,11 +106,9 @@ def explains(declared, age, figure, rate, held):
         return False
     match declared.kind:
         case "figures":
-            return rate is not None and figure == declared.cells[age]
+            return figure == declared.cells[age]
         case "repeats":
             return rate is None and age > max(held) and figure == held[max(held)]
-        case "not_held":
-            return rate is None
         case _:
             return figure is None
 

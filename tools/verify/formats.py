@@ -9,7 +9,7 @@ import xml.etree.ElementTree as ElementTree
 import zipfile
 from pathlib import Path
 
-from tools.verify.printed import UnreadableError, number_of
+from tools.verify.printed import UnreadableError, number_of, whole_age
 
 MIB = 1 << 20
 LARGEST_FILE = 64 * MIB
@@ -74,6 +74,10 @@ def xlsx_sheets(content):
         if sum(member.file_size for member in archive.infolist()) > LARGEST_CONTENT:
             raise UnreadableError(f"unpacks to more than {LARGEST_CONTENT // MIB} MiB")
     book = openpyxl.load_workbook(io.BytesIO(content), read_only=True, data_only=True)
+    for sheet in book.worksheets:
+        beyond = sheet.iter_rows(min_row=ROWS + 1, max_col=CELLS, values_only=True)
+        if any(value is not None for row in beyond for value in row):
+            expect_small(sheet.title, ROWS + 1, 0)
     return {
         sheet.title: [
             list(row) for row in sheet.iter_rows(max_row=ROWS, max_col=CELLS, values_only=True)
@@ -82,18 +86,35 @@ def xlsx_sheets(content):
     }
 
 
+def expect_small(sheet, rows, cells):
+    if rows > ROWS or cells > CELLS:
+        raise UnreadableError(f"sheet {sheet}: has more than {ROWS} rows of {CELLS} cells")
+
+
 def xls_sheets(content):
     import xlrd
 
     with open(os.devnull, "w", encoding="utf-8") as silence:
         book = xlrd.open_workbook(file_contents=content, logfile=silence)
+    for sheet in book.sheets():
+        expect_small(sheet.name, sheet.nrows, sheet.ncols)
     return {
         sheet.name: [
-            [value if value != "" else None for value in sheet.row_values(row, 0, CELLS)]
+            [xls_value(xlrd, cell) for cell in sheet.row(row)[:CELLS]]
             for row in range(min(sheet.nrows, ROWS))
         ]
         for sheet in book.sheets()
     }
+
+
+def xls_value(xlrd, cell):
+    """A text or a number. What else a cell may hold is told by its text, which is neither."""
+    if cell.ctype in (xlrd.XL_CELL_EMPTY, xlrd.XL_CELL_BLANK) or cell.value == "":
+        return None
+    if cell.ctype in (xlrd.XL_CELL_TEXT, xlrd.XL_CELL_NUMBER):
+        return cell.value
+    kinds = {xlrd.XL_CELL_BOOLEAN: "boolean", xlrd.XL_CELL_DATE: "date"}
+    return f"the {kinds.get(cell.ctype, 'error')} {cell.value}"
 
 
 class _NoDoctype(ElementTree.TreeBuilder):
@@ -153,12 +174,15 @@ def read_columns(sheets, sheet, first_row, age_cell, columns):
     for number, row in enumerate(sheets[sheet][first_row:], first_row):
         age = row[age_cell] if age_cell < len(row) else None
         if age is None or isinstance(age, str):
-            continue  # a heading or a footnote; a lost age is missed by the comparison
+            beside = [cell for cell in columns if cell < len(row) and row[cell] is not None]
+            if beside:
+                where = cell_name(sheet, number, beside[0])
+                raise UnreadableError(f"{where}: a figure of no age: beside it is {age!r}")
+            continue  # a heading or a footnote
         age_name = cell_name(sheet, number, age_cell)
-        if number_of(age, age_name) != int(age):
-            raise UnreadableError(f"{age_name}: {age!r} is not an age")
+        age = whole_age(age, age_name)
         for cell, printed in columns.items():
             if cell < len(row) and row[cell] is not None:
                 where = cell_name(sheet, number, cell)
-                printed.add(int(age), number_of(row[cell], where), where)
+                printed.add(age, number_of(row[cell], where), where)
     return list(columns.values())

@@ -47,6 +47,14 @@ def age_of(text, where):
     return int(text)
 
 
+def whole_age(value, where):
+    """The age that a number stands for, in a workbook or from R."""
+    age = number_of(value, where)
+    if age != int(age) or not 0 <= age <= HIGHEST_AGE:
+        raise UnreadableError(f"{where}: {value!r} is not an age")
+    return int(age)
+
+
 def number_of(value, where):
     """The decimal that a double stands for, in a workbook or from R."""
     if isinstance(value, bool) or not isinstance(value, int | float):

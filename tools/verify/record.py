@@ -9,7 +9,7 @@ from tools import provenance
 
 DECLARED = "declared.toml"
 # What a declared difference says of cells; the file tells what each means.
-KINDS = {"figures", "repeats", "not_held", "not_printed", "rounded"}
+KINDS = {"figures", "repeats", "not_printed", "rounded"}
 
 
 @dataclass
@@ -49,9 +49,9 @@ def ages_of(text):
 
 
 def figures_of(text):
-    """The figures of a list such as "63: 3.612, 69: 6.031"."""
+    """The figures of a list such as "0-14: 0, 63: 3.612"."""
     pairs = (part.split(":") for part in text.split(","))
-    return {int(age): Decimal(figure.strip()) for age, figure in pairs}
+    return {age: Decimal(figure.strip()) for ages, figure in pairs for age in ages_of(ages)}
 
 
 def declarations(entry):

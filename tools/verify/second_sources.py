@@ -1,6 +1,13 @@
 """Copies of other authors: GAM 71 as text and from R; PEAIM/F-2007, PASEM 2010, GKM/F and GRM/F."""
 
-from tools.verify.printed import Printed, UnreadableError, age_of, figure_of, number_of
+from tools.verify.printed import (
+    Printed,
+    UnreadableError,
+    age_of,
+    figure_of,
+    number_of,
+    whole_age,
+)
 
 PER_MILLE = "GXMF_80_95.csv"
 # Each by its head: name of the document, and table and column of each cell.
@@ -65,5 +72,6 @@ def frame(frames, name):
     """A life table in R: ages x, rates q."""
     printed = Printed("GAM71", FRAMES[name], "second source")
     for age, rate in zip(frames[name]["x"], frames[name]["q"]):
-        printed.add(int(age), number_of(float(rate), f"age {age}"), f"age {age}")
+        where = f"age {age}"
+        printed.add(whole_age(float(age), where), number_of(float(rate), where), where)
     return printed

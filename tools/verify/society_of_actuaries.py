@@ -36,6 +36,13 @@ def read(_name, root):
     number = root.findtext("ContentClassification/TableIdentity")
     table, column = COLUMNS[number]
     place = f"SOA table {number}"
+    inside = root.findall("Table/Values/Axis/Y") + root.findall("Table/Values/Axis/Axis/Y")
+    stray = [each for each in root.iter() if (each.tail or "").strip()]
+    stray += set(root.iter("Y")) - set(inside)
+    stray += [each for each in inside if len(each)]
+    stray += [each for each in root.iterfind("Table/Values//Axis") if (each.text or "").strip()]
+    if stray:
+        raise UnreadableError(f"{place}: there is more about a {stray[0].tag} than a figure")
     for values in root.findall("Table"):
         scale = values.findtext("MetaData/ScalingFactor")
         if scale != "0":
