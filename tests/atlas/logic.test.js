@@ -8,6 +8,7 @@ import { test } from "node:test";
 import { readAddress, writeAddress } from "../../tools/atlas/address.js";
 import { drawingOf, notesOf } from "../../tools/atlas/drawing.js";
 import { livesOf } from "../../tools/atlas/lives.js";
+import { readAs } from "../../tools/atlas/numbers.js";
 import { pictureOf } from "../../tools/atlas/picture.js";
 import { rateAt } from "../../tools/atlas/projection.js";
 import { find, indexOf } from "../../tools/atlas/search.js";
@@ -109,12 +110,33 @@ test("the address holds everything chosen", () => {
     assert.equal(writeAddress(viewOf(bare)), "#table=GAM94_AA");
   }
   const wrong = readAddress(
-    "#table=GAM95&with=GAM83&age=x&interest=99&ages=90-20&rates=ratio&year=12",
+    "#table=GAM95&with=GAM83&age=3&interest=99&ages=90-20&rates=ratio&year=12",
     atlas.tables,
   );
-  assert.deepEqual(wrong.unknown, ["GAM95"]);
-  assert.equal(writeAddress(wrong.view), "#table=GAM83");
+  assert.deepEqual(wrong.said, [
+    "There is no table GAM95.",
+    "A year is 1800 to 2200 here, not 12. Shown: rates as stored.",
+    "An age is 5 to 110 here, not 3. Shown: 5.",
+    "Interest is -5 to 50 % here, not 99. Shown: 2.",
+  ]);
+  assert.equal(writeAddress(wrong.view), "#table=GAM83&age=5");
+  assert.equal(viewOf("table=GAM83&interest=1,5%25").interest, 1.5);
   assert.equal(writeAddress(readAddress("#%", atlas.tables).view), "#table=PER2020_Col_2o");
+});
+
+test("a number is read as it is meant, or not at all", () => {
+  for (const text of ["1,5", "1.5", " 1,5 % ", "+1.50%", "1,5\u202f%"]) {
+    assert.deepEqual(readAs("interest", text), { value: 1.5 }, text);
+  }
+  assert.equal(readAs("interest", "\u22120,25").value, -0.25);
+  assert.equal(readAs("interest", ",5").value, 0.5);
+  assert.equal(readAs("year", "2 026").value, 2026);
+  for (const text of ["", "x", "1.5.0", "1,234.5", "1 5", "1e1", "0x10", "%", "1,5 ‰", "Infinity"]) {
+    assert.match(readAs("interest", text).problem, /is not a number/, text);
+  }
+  assert.match(readAs("age", "65 %", [0, 120]).problem, /is not a number/);
+  assert.match(readAs("age", "65,5", [0, 120]).problem, /An age is a whole number/);
+  assert.match(readAs("year", "2.026").problem, /A year is a whole number/);
 });
 
 test("a file says unit, source, version and what is not published", () => {

@@ -103,7 +103,7 @@ def test_logic(tmp_path):
     done = subprocess.run(command, env=environment, capture_output=True, text=True, check=False)
     assert done.returncode == 0, done.stdout
     print(*done.stdout.splitlines()[-8:], sep="\n")
-    assert "# pass 8" in done.stdout and "# skipped 0" in done.stdout
+    assert "# pass 9" in done.stdout and "# skipped 0" in done.stdout
 
 
 # ---- the page, by browser ----
@@ -183,6 +183,17 @@ def test_from_search_to_a_projected_annuity_by_keyboard(atlas):
     assert atlas.one("#age").get_property("value") == str(age)
     reading = atlas.one("#reading").get_property("textContent")
     assert reading.startswith(f"Age {age}: qx_f ")
+    # A decimal comma is one; what cannot be meant is said beside the field, and changes nothing.
+    for text, interest, said in (
+        ("1,5 %", "1.5", ""),
+        ("1,5,0", "1.5", "“1,5,0” is not a number. Shown: 1.5."),
+        ("99", "9", "Interest is -5 to 50 % here, not 99. Shown: 9."),
+        ("2", "2", ""),
+    ):
+        atlas.one("#interest").clear()
+        atlas.one("#interest").send_keys(text)
+        assert f"annuity-due at {interest} %" in atlas.texts("#lives-table th")
+        assert atlas.texts("#interest-problem") == [said]
     # The link shows the same in another tab.
     atlas.open(f"table=PER2020_Ind_1o&year=2026&age={age}")
     assert f"qx_f {atlas.texts('#rates .value')[0]}" in reading

@@ -1,10 +1,10 @@
 // What is chosen, and the address that holds all of it: a view is a link.
 
+import { readAs } from "./numbers.js";
 import { MOST_TABLES, allAges } from "./tables.js";
 
 const SCALES = { rates: ["log", "linear", "ratio"], improvement: ["linear", "log"] };
 const DEFAULT = { age: 65, interest: 2 };
-const YEARS = [1800, 2200];
 
 // Few enough to be told apart: of rates up to three, else the ends of a column.
 export function shownAtFirst(table) {
@@ -19,22 +19,27 @@ export const sideOf = (table, shown = shownAtFirst(table)) => ({ table, shown })
 export const tablesOf = (view) => view.sides.map(({ table }) => table);
 export const agesOfView = (view) => allAges(tablesOf(view));
 const seriesKey = (side) => (side ? `series${side + 1}` : "series");
-const inRange = (number, [low, high]) => number >= low && number <= high;
 
-// A number of the address, or what stands for one that is missing or makes no sense.
-function numberOf(given, key, range, otherwise) {
-  const text = given.get(key);
-  const number = Number(text);
-  return text && inRange(number, range) ? number : otherwise;
+// A number of the address; where it is missing or cannot be meant, what is shown instead, which is
+// said.
+function numberOf(given, key, kind, otherwise, { said, range, words = otherwise }) {
+  if (!given.has(key)) return otherwise;
+  const { value, nearest, problem } = readAs(kind, given.get(key), range);
+  if (!problem) return value;
+  const shown = kind === "age" ? (nearest ?? otherwise) : otherwise;
+  said.push(`${problem} Shown: ${shown ?? words}.`);
+  return shown;
 }
 
-function timeOf(given) {
+function timeOf(given, said) {
   for (const kind of ["year", "born"]) {
-    const year = Math.round(numberOf(given, kind, YEARS, 0));
-    if (year) return { kind, year };
+    const year = numberOf(given, kind, "year", null, { said, words: "rates as stored" });
+    if (year !== null) return { kind, year };
   }
   return { kind: "stored", year: null };
 }
+
+const clamped = (value, [low, high]) => Math.max(low, Math.min(value, high));
 
 // The view of an address. A name alone is that table; names are found whatever their case.
 export function readAddress(hash, tables) {
@@ -46,6 +51,7 @@ export function readAddress(hash, tables) {
     [...tables.values()].find((each) => each.name.toLowerCase() === name.toLowerCase());
   const asked = [given.get("table"), ...(given.get("with") ?? "").split(",")].filter(Boolean);
   const unknown = asked.filter((name) => !byName(name));
+  const said = unknown.map((name) => `There is no table ${name}.`);
   const known = [...new Set(asked.map(byName).filter(Boolean))].slice(0, MOST_TABLES);
   if (!known.length) known.push(tables.values().next().value);
   const sides = known.map((table, side) => {
@@ -57,24 +63,25 @@ export function readAddress(hash, tables) {
     );
   });
   const scale = {};
-  for (const [kind, all] of Object.entries(SCALES)) {
-    scale[kind] = all.includes(given.get(kind)) ? given.get(kind) : all[0];
+  for (const [kind, some] of Object.entries(SCALES)) {
+    scale[kind] = some.includes(given.get(kind)) ? given.get(kind) : some[0];
   }
   if (sides.length < 2 && scale.rates === "ratio") scale.rates = "log";
   const ages = (given.get("ages") ?? "").split("-").map(Number);
-  const [first, last] = allAges(known);
+  const all = allAges(known);
+  const [first, last] = all;
   return {
     view: {
       sides,
       scale,
-      time: timeOf(given),
-      age: Math.round(numberOf(given, "age", [0, 200], DEFAULT.age)),
-      interest: numberOf(given, "interest", [-5, 50], DEFAULT.interest),
+      time: timeOf(given, said),
+      age: numberOf(given, "age", "age", clamped(DEFAULT.age, all), { said, range: all }),
+      interest: numberOf(given, "interest", "interest", DEFAULT.interest, { said }),
       ages: ages[0] >= first && ages[0] < ages[1] && ages[1] <= last ? ages : null,
       all: given.get("values") === "all",
       comma: given.get("csv") === "comma",
     },
-    unknown,
+    said,
   };
 }
 

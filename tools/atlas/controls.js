@@ -4,19 +4,19 @@ import { notesOf } from "./drawing.js";
 import { byId, button, el } from "./dom.js";
 import { atlas, change, layOver, putFirst, state, takeAway } from "./state.js";
 import { agesOfView, tablesOf } from "./address.js";
+import { readAs } from "./numbers.js";
 import { MOST_TABLES } from "./tables.js";
 
-const inputs = {
-  year: () => byId("year"),
-  age: () => byId("age"),
-  interest: () => byId("interest"),
+// The fields of numbers: what is shown of a view, and what is chosen by what is typed.
+const FIELDS = {
+  year: {
+    shown: ({ time }) => time.year,
+    choose: (year) => change({ time: { ...state.view.time, year } }),
+  },
+  age: { shown: ({ age }) => age, choose: (age) => change({ age }), range: agesOfView },
+  interest: { shown: ({ interest }) => interest, choose: (interest) => change({ interest }) },
 };
 const first = new Date().getFullYear(); // the year that is offered first
-
-export function chosenAge(view) {
-  const [low, high] = agesOfView(view);
-  return Math.max(low, Math.min(view.age, high));
-}
 
 function choices() {
   const groups = new Map();
@@ -43,7 +43,7 @@ const otherYear = (kind, year, age) => (kind === "born" ? year - age : year + ag
 
 function chooseTime(kind) {
   const { time } = state.view;
-  const age = chosenAge(state.view);
+  const age = state.view.age;
   const year =
     time.kind === "stored"
       ? first - (kind === "born" ? age : 0)
@@ -53,13 +53,41 @@ function chooseTime(kind) {
   change({ time: kind === "stored" ? { kind, year: null } : { kind, year } });
 }
 
-// A number that is typed counts once it makes sense; the field shows what counts when it is left.
-function listenTo(id, choose) {
-  const field = inputs[id]();
-  field.addEventListener("input", () => {
-    if (field.value && field.validity.valid) choose(Number(field.value));
+// Whether what is typed is what is shown; if it cannot be meant, a sentence beside it says so.
+function judge(id, view) {
+  const field = byId(id);
+  const { range, shown } = FIELDS[id];
+  const { value, problem } = readAs(id, field.value, range?.(view));
+  field.setAttribute("aria-invalid", Boolean(problem));
+  byId(`${id}-problem`).textContent = problem ? `${problem} Shown: ${shown(view)}.` : "";
+  return { value, problem };
+}
+
+function listenTo(id) {
+  const read = () => {
+    const { value, problem } = judge(id, state.view);
+    if (!problem) FIELDS[id].choose(value);
+  };
+  byId(id).addEventListener("input", read);
+  byId(id).addEventListener("keydown", (event) => {
+    const step = { ArrowUp: 1, ArrowDown: -1 }[event.key];
+    if (!step) return;
+    event.preventDefault();
+    byId(id).value = FIELDS[id].shown(state.view) + step;
+    read();
   });
-  field.addEventListener("change", () => showControls(state.view));
+}
+
+// What is typed stays as it is typed, also where it cannot be meant, until something else is shown.
+function fill(id, view) {
+  const field = byId(id);
+  const shown = String(FIELDS[id].shown(view) ?? "");
+  const typed = field.value && judge(id, view);
+  if (String(typed?.value) !== shown && !(typed?.problem && field.dataset.shown === shown)) {
+    field.value = shown;
+    if (shown) judge(id, view);
+  }
+  field.dataset.shown = shown;
 }
 
 export function startControls() {
@@ -70,9 +98,7 @@ export function startControls() {
     if (table) layOver(table);
   });
   byId("time").addEventListener("change", (event) => chooseTime(event.target.value));
-  listenTo("year", (year) => change({ time: { ...state.view.time, year } }));
-  listenTo("age", (age) => change({ age }));
-  listenTo("interest", (interest) => change({ interest }));
+  Object.keys(FIELDS).forEach(listenTo);
   // On a phone the plot comes first.
   byId("choices").open = innerWidth > 640;
 }
@@ -86,12 +112,7 @@ export function showControls(view) {
   }
   byId("time").value = view.time.kind;
   byId("year").hidden = view.time.kind === "stored";
-  const values = { year: view.time.year, age: chosenAge(view), interest: view.interest };
-  for (const [id, field] of Object.entries(inputs)) {
-    // What is being typed is not changed under the fingers.
-    const typed = document.activeElement === field() && field().value && field().validity.valid;
-    if (!typed) field().value = values[id] ?? "";
-  }
+  for (const id of Object.keys(FIELDS)) fill(id, view);
   const time = {
     stored: "as stored",
     year: `of ${view.time.year}`,
@@ -99,7 +120,7 @@ export function showControls(view) {
   };
   const over = others.length ? `, with ${others.map(({ name }) => name).join(", ")}` : "";
   byId("choices").firstElementChild.textContent =
-    `Rates ${time[view.time.kind]}, age ${values.age}${over}`;
+    `Rates ${time[view.time.kind]}, age ${view.age}${over}`;
   const notes = notesOf(view).map((text) => el("li", text));
   if (notes.length && view.time.kind === "stored") {
     notes[0].append(

@@ -1,7 +1,6 @@
 // Under the rates: how long a life of the chosen age is expected to live, what an annuity costs.
 
 import { tablesOf } from "./address.js";
-import { chosenAge } from "./controls.js";
 import { byId, el } from "./dom.js";
 import { livesOf } from "./lives.js";
 import { yearAt } from "./projection.js";
@@ -43,7 +42,7 @@ function titleOf({ time }, age, tables) {
 }
 
 export function showLives(view) {
-  const age = chosenAge(view);
+  const age = view.age;
   const mortal = tablesOf(view).filter((table) => table.meta.get("table_type") === "life");
   byId("lives").hidden = !mortal.length;
   const heads = [`q at ${age}`, ...headsOf(view, age)].map((text) =>

@@ -1,7 +1,7 @@
 // All of it together.
 
 import { describe } from "./about.js";
-import { chosenAge, showControls, startControls } from "./controls.js";
+import { showControls, startControls } from "./controls.js";
 import { byId } from "./dom.js";
 import { showLives } from "./figures.js";
 import { buildLegend, checkLegend, readLegend } from "./legend.js";
@@ -14,14 +14,14 @@ function showChoice(view) {
   showControls(view);
   drawPlots(view);
   checkLegend(view);
-  readLegend(chosenAge(view));
+  readLegend(view.age);
   showLives(view);
   showValues(view);
 }
 
 function showTables(view) {
-  byId("problem").hidden = !state.unknown.length;
-  byId("problem").textContent = `There is no table ${state.unknown.join(" and no table ")}.`;
+  byId("problem").hidden = !state.said.length;
+  byId("problem").textContent = state.said.join(" ");
   markCurrent();
   describe(view);
   buildLegend(view);
@@ -36,6 +36,6 @@ startValues();
 on("tables", showTables);
 on("choice", showChoice);
 addEventListener("hashchange", openAddress);
-openAddress();
 // On a phone the list is what is seen first, unless a link leads to a table.
 openList(!location.hash);
+openAddress();

@@ -2,7 +2,6 @@
 
 import { agesOfView, tablesOf } from "./address.js";
 import { drawMarks, drawUnder } from "./canvas.js";
-import { chosenAge } from "./controls.js";
 import { byId, button, css, dark, el, save } from "./dom.js";
 import { drawingOf } from "./drawing.js";
 import { readLegend } from "./legend.js";
@@ -67,10 +66,10 @@ function optionsOf(drawing, box) {
       })),
     ],
     hooks: {
-      drawAxes: [(u) => drawUnder(u, drawing, chosenAge(state.view))],
+      drawAxes: [(u) => drawUnder(u, drawing, state.view.age)],
       drawSeries: [(u, at) => drawMarks(u, drawing, lines[at - 1])],
       // Values are read where the pointer is; when it leaves, at the chosen age again.
-      setCursor: [(u) => u.status && readLegend(u.data[0][u.cursor.idx] ?? chosenAge(state.view))],
+      setCursor: [(u) => u.status && readLegend(u.data[0][u.cursor.idx] ?? state.view.age)],
       setSelect: [zoomToSelection],
     },
   };
@@ -196,9 +195,9 @@ function listenToFigure(kind) {
     if (!(event.key in steps)) return;
     event.preventDefault();
     const [first, last] = agesOfView(state.view);
-    const age = chosenAge(state.view) + steps[event.key];
+    const age = state.view.age + steps[event.key];
     change({ age: Math.max(first, Math.min(age, last)) });
-    byId("reading").textContent = readLegend(chosenAge(state.view), kind);
+    byId("reading").textContent = readLegend(state.view.age, kind);
   });
 }
 

@@ -5,7 +5,7 @@ import { byId } from "./dom.js";
 import { MOST_TABLES, readAtlas } from "./tables.js";
 
 export const atlas = readAtlas(JSON.parse(byId("atlas-data").textContent));
-export const state = { view: null, unknown: [] };
+export const state = { view: null, said: [] };
 
 const listeners = { tables: [], choice: [] };
 export const on = (what, listener) => listeners[what].push(listener);
@@ -14,6 +14,7 @@ const tell = (what) => listeners[what].forEach((listener) => listener(state.view
 // The view of the address: as when the page is opened, or the way back is taken.
 export function openAddress() {
   Object.assign(state, readAddress(location.hash, atlas.tables));
+  if (location.hash) history.replaceState(null, "", writeAddress(state.view));
   tell("tables");
 }
 
