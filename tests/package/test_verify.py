@@ -5,6 +5,7 @@
 import gzip
 import io
 import json
+import os
 import struct
 import zipfile
 from decimal import ROUND_HALF_UP, Decimal
@@ -289,6 +290,64 @@ FORMS = {  # a cell that no other is computed from
 }  # fmt: skip
 
 
+BOUNDED_READ = verify.bounded_read
+
+
+@pytest.fixture(autouse=True)
+def in_this_process(monkeypatch):
+    """The worker of the tests has threads, which a fork does not go well with."""
+    monkeypatch.setattr(verify, "bounded_read", verify.read)
+
+
+@pytest.mark.filterwarnings("ignore:This process")
+@pytest.mark.parametrize(
+    ("work", "told"),
+    [
+        ("while True: pass", "takes more than 1 s"),
+        ("bytes(4 << 30)", "takes more than 2048 MiB"),
+        ("import os; os._exit(3)", "ends its reader"),
+    ],
+)
+def test_no_document_takes_more_than_its_share(work, told, monkeypatch):
+    monkeypatch.setattr(verify, "SECONDS", 1)
+    monkeypatch.setattr(verify, "read", lambda path: exec(work))
+    with pytest.raises(verify.UnreadableError, match=told):
+        BOUNDED_READ("any")
+
+
+def test_what_a_folder_holds_is_read_or_named(tmp_path, capsys, monkeypatch):
+    monkeypatch.chdir(tmp_path)
+    assert verify.main([""]) == 2 and "no name is given" in capsys.readouterr().out
+    assert verify.main(["."]) == 2 and "no document is in it" in capsys.readouterr().out
+    content = FORMS["gam_71_male.csv"][0](as_printed("gam_71_male.csv"))
+    for name in ("gam_71_male.csv", "gam_71_female.csv"):  # the same digits under both names
+        (tmp_path / name).write_bytes(content)
+    assert verify.main(["."]) == 1
+    (tmp_path / "gam_71_female.csv").unlink()
+    assert verify.main(["."]) == 0
+    (tmp_path / "\x1b\udcff.xml").symlink_to("nowhere")
+    (tmp_path / "folder").symlink_to("/")
+    os.mkfifo(tmp_path / "pipe")
+    capsys.readouterr()
+    assert verify.main(["."]) == 2
+    told = capsys.readouterr().out
+    assert all(
+        each in told for each in ("\\x1b\\udcff.xml: no such file", "folder: a link", "pipe: ")
+    )
+
+
+@pytest.mark.parametrize("damaged", ["{", "\ud800", "[]"])
+def test_a_damaged_record_is_told_in_a_sentence(damaged, tmp_path, capsys, monkeypatch):
+    (tmp_path / "verified.json").write_bytes(damaged.encode("utf-8", "surrogatepass"))
+    monkeypatch.setattr(verify.provenance, "VERIFIED", tmp_path / "verified.json")
+    verify.provenance.register.cache_clear()
+    try:
+        assert verify.main([str(tmp_path)]) == 2
+        assert "provenance/ is damaged: " in capsys.readouterr().err
+    finally:
+        verify.provenance.register.cache_clear()
+
+
 def run(path, content, capsys):
     path.write_bytes(content)
     status = verify.main(["--json", str(path)])
@@ -438,19 +497,19 @@ def test_a_declared_difference_that_is_gone_is_told(tmp_path, capsys):
     printed = as_printed("gam_71_male.csv")
     printed["GAM71", "qx_m"][110] = Decimal("0.999999")
     status, found = run(tmp_path / "gam_71_male.csv", FORMS["gam_71_male.csv"][0](printed), capsys)
-    assert status == 1 and "no longer so at age 110" in found["problems"][0]
+    assert status == 2 and "no longer so at age 110" in found["problems"][0]
 
 
 def test_a_table_that_is_not_there_is_told(tmp_path, capsys):
     book = openpyxl.load_workbook(io.BytesIO(supervisor(as_printed(chile.NAME))))
     del book["Invalidez-Hombres"]
     book.save(tmp_path / "edition.xlsx")
-    assert verify.main([str(tmp_path)]) == 1
+    assert verify.main([str(tmp_path)]) == 2
     told = capsys.readouterr().out
     assert "WRONG MI_H_2020 qx_m: the document should hold it and does not" in told
     assert "NOT the articles-20210_tablas_mort_hist.xlsx on record" in told
     assert "columns without a document: IASS90 ix_m, SS90TOT ix_m, SS90ABS ix_m" in told
-    assert verify.main(["--all", "--cells", str(tmp_path)]) == 1
+    assert verify.main(["--all", "--cells", str(tmp_path)]) == 2
     told = capsys.readouterr().out
     assert "on record, but not here: t825.xml" in told
     assert (

@@ -11,12 +11,14 @@ DOCUMENT   a file, or a folder with files, as the publisher issued them: docs/ve
 --record   write the result into provenance/verified.json, where all is well
 --write    print the figures of a table as pages of literals, and compare nothing
 
-Exit status: 0 when every figure is equal or differs as declared, 1 when one does not,
-2 when a document cannot be read or is none of those known.
+Exit status: 0 when every figure is equal or differs as declared, 1 when one does not, 2 for all
+else: a document cannot be read, is none of those known, or lacks what it should hold.
 """
 
 import hashlib
 import json
+import multiprocessing
+import resource
 import signal
 import sys
 from collections import Counter
@@ -44,22 +46,36 @@ READERS = (
     spain_boe, spain_dgsfp, spain_guide, spain_studies, germany_dav, society_of_actuaries, cmi,
     chile, second_sources,
 )  # fmt: skip
+SECONDS, MEMORY = 60, 2 << 30  # of processor time, and of memory, for one document
 # What a reader runs into where a document of a known form lacks what the form has.
 MALFORMED = (ArithmeticError, AttributeError, LookupError, TypeError, ValueError)
 
 
 def files_of(arguments):
     """The files that are named, and those of named folders that may be documents."""
-    for argument in map(Path, arguments):
-        if argument.is_dir():
-            inside = sorted(path for path in argument.rglob("*") if path.is_file())
-            yield from (path for path in inside if path.suffix.lower() in SUFFIXES)
-        else:
+    for argument in arguments:
+        if not argument or not Path(argument).is_dir():
             yield argument
+            continue
+        inside = sorted(Path(argument).rglob("*"))
+        # What cannot be a document is passed over, but for what would hide one.
+        documents = [
+            path
+            for path in inside
+            if path.suffix.lower() in SUFFIXES or not (path.is_file() or path.is_dir())
+            or (path.is_symlink() and path.is_dir())
+        ]  # fmt: skip
+        yield from documents or [argument]
 
 
 def read(path):
     """The digest of a file, the document that it is, and the columns that are printed in it."""
+    if not str(path):
+        raise UnreadableError("no name is given")
+    path = Path(path)
+    if path.is_dir():
+        why = "a link to a folder is not followed" if path.is_symlink() else "no document is in it"
+        raise UnreadableError(why)
     try:
         content = read_file(path)
         digest = hashlib.sha256(content).hexdigest()
@@ -75,10 +91,40 @@ def read(path):
     raise UnreadableError("not a publication that values of the module were read from")
 
 
+def bounded_read(path):
+    """Reads in a process of its own, which ends where a publication's would long have ended."""
+    receiver, sender = multiprocessing.Pipe(duplex=False)
+
+    def work():
+        resource.setrlimit(resource.RLIMIT_CPU, (SECONDS, SECONDS))
+        resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
+        try:
+            sender.send(read(path))
+        except UnreadableError as error:
+            sender.send(error)
+        except MemoryError:
+            sender.send(UnreadableError(f"takes more than {MEMORY >> 20} MiB of memory"))
+
+    process = multiprocessing.get_context("fork").Process(target=work, daemon=True)
+    process.start()
+    sender.close()
+    try:
+        answer = receiver.recv() if receiver.poll(5 * SECONDS) else None
+    except EOFError:
+        answer = None
+    process.kill() if answer is None and process.is_alive() and process.exitcode is None else None
+    process.join()
+    if answer is None:
+        raise UnreadableError(f"takes more than {SECONDS} s, or ends its reader")
+    if isinstance(answer, UnreadableError):
+        raise answer
+    return answer
+
+
 def verify(path, facts):
     """What one file says, as the answer for machines has it."""
     try:
-        digest, name, printed = read(path)
+        digest, name, printed = bounded_read(path)
     except UnreadableError as error:
         return {"file": str(path), "document": None, "unreadable": str(error)}
     compared, problems = compare(facts, name, printed)
@@ -162,12 +208,18 @@ def verified_of(answers):
 # ---- what a person reads ----
 
 
+def plain(text):
+    """A name or a text of a document, with what a terminal would obey or not show escaped."""
+    shown = (c if c.isprintable() else c.encode("unicode_escape").decode() for c in text)
+    return "".join(shown)
+
+
 def tell(answer, all_cells):
     """The lines about one document."""
     if "unreadable" in answer:
-        yield f"{answer['file']}: {answer['unreadable']}"
+        yield f"{plain(answer['file'])}: {plain(answer['unreadable'])}"
         return
-    yield answer["file"]
+    yield plain(answer["file"])
     if not answer["on_record"]:
         yield f"  NOT the {answer['document']} on record: its SHA-256 is {answer['sha256']}"
     for (table, row, place), columns in grouped(answer["columns"], "table", "row", "place"):
@@ -244,10 +296,16 @@ def main(arguments):
     if options - {"--cells", "--json", "--all", "--record"} or not paths:
         print(__doc__, file=sys.stderr)
         return 2
-    facts = record.load()
+    try:
+        facts = record.load()
+        provenance.last_verified()
+    except (provenance.ProvenanceError, *MALFORMED) as error:
+        print(f"provenance/ is damaged: {plain(str(error))}", file=sys.stderr)
+        return 2
     answers = {}  # a file that is named twice counts once
     for answer in (verify(path, facts) for path in files_of(paths)):
-        answers.setdefault(answer.get("sha256", answer["file"]), answer)
+        key = answer["file"] if "unreadable" in answer else (answer["sha256"], answer["document"])
+        answers.setdefault(key, answer)
     answers = list(answers.values())
     columns = [column for answer in answers for column in answer.get("columns", [])]
     totals = {
@@ -268,9 +326,12 @@ def main(arguments):
         print(f"\ndocuments: {len(answers)}", *tell_totals(totals), sep="\n")
         print(f"columns without a document: {', '.join(facts.without) or 'none'}")
         print(*(f"WRONG {problem}" for problem in problems), sep="\n", end="\n" if problems else "")
-    return 2 if unreadable else int(bool(wrong or problems))
+    if any(sums["undeclared"] for sums in totals.values()):
+        return 1
+    return 2 if wrong or unreadable or problems else 0
 
 
 if __name__ == "__main__":
     signal.signal(signal.SIGPIPE, signal.SIG_DFL)  # whoever reads may stop
+    sys.stdout.reconfigure(errors="backslashreplace")
     sys.exit(main(sys.argv[1:]))
