@@ -392,7 +392,7 @@ def test_each_form_is_read_and_each_fault_found(document, tmp_path, capsys):
 def workbook_of_2019(change=lambda rows: None):
     """The supervisor's workbook with the rates that the module holds; where annex 2.1 has others,
     with those."""
-    rows = [[None] * 48 for _ in range(130)]
+    rows: list[list[object]] = [[None] * 48 for _ in range(130)]
     printed = as_printed("PERMF_PASEM_2020.xlsx")
     rate, trend, deaths = "qx base 2012 en tanto por mil", "λ = factor de mejora", "qx base 2019"
     loads = ("Recargo técnico qx base", "Recargo técnico factor de mejora")
@@ -547,7 +547,7 @@ def test_cells_of_a_workbook_have_to_be_numbers(value, tmp_path, capsys, monkeyp
     def other(sheet, row, cell, written, *style):
         if (row, cell) == (12, 1):
             if value == "2013-01-01":
-                written, style = 41275, [xlwt.easyxf(num_format_str="YYYY-MM-DD")]
+                written, style = 41275, (xlwt.easyxf(num_format_str="YYYY-MM-DD"),)
             elif not isinstance(value, xlwt.Formula):
                 written = value
             else:
