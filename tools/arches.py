@@ -15,7 +15,7 @@ import sys
 from pathlib import Path
 
 from marlune.tables import data_tables
-from tools import TOP
+from tools import TOP, wasm
 from tools.digest import digest_of
 
 # The module computes in doubles, not in the wider registers that i386 is built for by default; the
@@ -67,8 +67,18 @@ def script(path: Path, line: str) -> Path:
     return path
 
 
+def configure(folder: Path) -> list[str | Path]:
+    return ["cmake", "--fresh", "--preset", "release", "-S", TOP, "-B", folder]
+
+
 def built(folder: Path, name: str, triplet: str, system: str) -> Path:
     """The interpreter of an architecture, which imports the module built into the folder."""
+    if name == "wasm32":
+        python = script(folder / "python", f'PYTHONPATH="{folder}" {wasm.command(system)} "$@"')
+        os.environ["EM_CACHE"] = str(folder / "emscripten")
+        run("emcmake", *configure(folder), *wasm.options(folder, python, run))
+        run("cmake", "--build", folder)
+        return python
     # No root of the architecture is configured: the interpreter is told where its files are.
     python = script(
         folder / "python",
@@ -77,7 +87,7 @@ def built(folder: Path, name: str, triplet: str, system: str) -> Path:
     )
     # CMake asks that interpreter for everything. Debian's headers include some by their triplet.
     run(
-        "cmake", "--fresh", "--preset", "release", "-S", TOP, "-B", folder,
+        *configure(folder),
         f"-DPython_EXECUTABLE={python}",
         f"-DCMAKE_CXX_COMPILER={triplet}-g++",
         f"-DCMAKE_CXX_FLAGS={FLAGS.get(name, '')} -idirafter {system}/usr/include",

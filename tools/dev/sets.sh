@@ -46,3 +46,5 @@ for name in "${!triplet[@]}"; do
   set_is "to-$name" "a compiler for $name and an emulator" \
     "${triplet[$name]}-g++ qemu-$name git" "g++-${triplet[$name]} qemu-user git"
 done
+set_is to-wasm32 'a compiler for WebAssembly and what runs its modules' \
+  'em++ node git' 'emscripten nodejs git'
