@@ -500,6 +500,16 @@ def test_a_declared_difference_that_is_gone_is_told(tmp_path, capsys):
     assert status == 2 and "no longer so at age 110" in found["problems"][0]
 
 
+def test_a_table_that_is_printed_twice_is_compared_twice(tmp_path, capsys):
+    book = openpyxl.load_workbook(io.BytesIO(supervisor(as_printed(chile.NAME))))
+    book["Sobrevivencia-Hombres"].title = "Sobrevivencia"
+    book.save(packed := io.BytesIO())
+    status, found = run(tmp_path / "edition.xlsx", packed.getvalue(), capsys)
+    assert (
+        status == 2 and "CB_H_2020 qx_m: 111 figures, where 222 are on record" in found["problems"]
+    )
+
+
 def test_a_table_that_is_not_there_is_told(tmp_path, capsys):
     book = openpyxl.load_workbook(io.BytesIO(supervisor(as_printed(chile.NAME))))
     del book["Invalidez-Hombres"]

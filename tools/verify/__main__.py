@@ -121,13 +121,15 @@ def bounded_read(path):
     return answer
 
 
-def verify(path, facts):
+def verify(path, facts, recording=False):
     """What one file says, as the answer for machines has it."""
     try:
         digest, name, printed = bounded_read(path)
     except UnreadableError as error:
         return {"file": str(path), "document": None, "unreadable": str(error)}
     compared, problems = compare(facts, name, printed)
+    if not recording:
+        problems += fewer_cells(name, printed, facts.rows)
     return {
         "file": str(path),
         "sha256": digest,
@@ -136,6 +138,21 @@ def verify(path, facts):
         "columns": [line_of(column, facts.rows) for column in compared],
         "problems": problems,
     }
+
+
+def fewer_cells(document, printed, rows):
+    """Columns that are printed in other places, or at other ages, than when it was verified."""
+    found, recorded = Counter(), {}
+    for column in printed:
+        where = f"{column.table} {rows.get((column.table, column.column))}"
+        found[where, column.computed] += len(column.figures)
+    for where, entries in provenance.last_verified().items():
+        for entry in entries:
+            if entry["document"] == document:
+                recorded[where, entry["computed"]] = entry["cells"]
+    for each in sorted(recorded):
+        if found[each] != recorded[each]:
+            yield f"{each[0]}: {found[each]} figures, where {recorded[each]} are on record"
 
 
 def line_of(compared, rows):
@@ -303,7 +320,7 @@ def main(arguments):
         print(f"provenance/ is damaged: {plain(str(error))}", file=sys.stderr)
         return 2
     answers = {}  # a file that is named twice counts once
-    for answer in (verify(path, facts) for path in files_of(paths)):
+    for answer in (verify(path, facts, "--record" in options) for path in files_of(paths)):
         key = answer["file"] if "unreadable" in answer else (answer["sha256"], answer["document"])
         answers.setdefault(key, answer)
     answers = list(answers.values())
