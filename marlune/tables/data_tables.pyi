@@ -205,16 +205,14 @@ PEAI2007_IAP_Col: StaticTable[Columns[_IX, Rates]]
 PASEM2010: StaticTable[Columns[_QX, Rates]]
 """individual life insurance, death cover; life, ages 0-112, decimal."""
 DAV2004R_Agg_2o: GenerationalTable[Columns[_QX, Rates, _MI, YearGrid]]
-"""annuity insurance, without select effects, second order; **the trends of 2005-2023 depend on
-parameters (T1 = 5, T2 = 25): 1.5 % of a price**; life, ages 0-121, decimal, exponential improvement
-from 1999."""
+"""annuity insurance, without select effects, second order; **the trends of 2005-2023 are a choice
+of parameters: 1.5 % of a price**; life, ages 0-121, decimal, exponential improvement from 1999."""
 DAV2004R_Agg_1o: GenerationalTable[Columns[_QX, Rates, _MI, Rates]]
 """annuity insurance, without select effects, first order: recommended for new business from 2005;
 life, ages 0-121, decimal, exponential improvement from 1999."""
 DAV2004R_SelUlt_2o: SelectGenerationalTable[Columns[_QX, SelectMapping, _MI, YearGrid]]
-"""annuity insurance, by select duration, second order; **the trends of 2005-2023 depend on
-parameters (T1 = 5, T2 = 25): 1.5 % of a price**; life, ages 0-121, decimal, exponential improvement
-from 1999."""
+"""annuity insurance, by select duration, second order; **the trends of 2005-2023 are a choice of
+parameters: 1.5 % of a price**; life, ages 0-121, decimal, exponential improvement from 1999."""
 DAV2004R_SelUlt_1o: SelectGenerationalTable[Columns[_QX, SelectMapping, _MI, Rates]]
 """annuity insurance, by select duration, first order: recommended for new business from 2005; life,
 ages 0-121, decimal, exponential improvement from 1999."""

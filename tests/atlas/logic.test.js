@@ -11,7 +11,7 @@ import { livesOf } from "../../tools/atlas/lives.js";
 import { readAs } from "../../tools/atlas/numbers.js";
 import { pictureOf } from "../../tools/atlas/picture.js";
 import { rateAt } from "../../tools/atlas/projection.js";
-import { find, indexOf } from "../../tools/atlas/search.js";
+import { find, indexOf, nearest } from "../../tools/atlas/search.js";
 import { csvOf, sheetOf } from "../../tools/atlas/sheet.js";
 import { readAtlas } from "../../tools/atlas/tables.js";
 
@@ -99,6 +99,8 @@ test("the search finds what people type", () => {
     if (how === "first") assert.deepEqual(names.slice(0, want.length), want, query);
     for (const name of want) assert.ok(names.includes(name), `${query}: ${name} not in ${names}`);
   }
+  assert.equal(nearest(index, "spain anuity")[0], "annuity");
+  assert.deepEqual(nearest(index, "annuity"), []);
 });
 
 test("the address holds everything chosen", () => {
@@ -141,8 +143,9 @@ test("a number is read as it is meant, or not at all", () => {
 
 test("a file says unit, source, version and what is not published", () => {
   const csv = (address, comma = false) => csvOf(sheetOf(viewOf(address), atlas), comma).split("\n");
-  const [about, made, head] = csv("#GAM71");
+  const [about, meant, made, head] = csv("#GAM71");
   assert.ok(about.startsWith(`# GAM71: ${atlas.tables.get("GAM71").source}`));
+  assert.match(meant, /^# GAM71: for group annuities.*standing: not stated; age: not stated$/);
   assert.match(made, new RegExp(`${atlas.version} of ${atlas.date}, catalogue ${atlas.digest}`));
   assert.equal(head, "age,qx_m [decimal],qx_f [decimal]");
   for (const [name, want] of Object.entries(rows)) {

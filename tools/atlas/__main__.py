@@ -133,6 +133,7 @@ def table_of(name, said, family, lists):
         "name": name,
         "purpose": said["use"]["text"],
         "standing": said["standing"],
+        "warning": provenance.warnings_of(name),
         "age_basis": said["age_basis"],
         "decrement": decrement_of(said),
         "family": family["title"],

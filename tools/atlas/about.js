@@ -47,7 +47,7 @@ function bannerOf(table, first) {
     const lead = `${table.name} is synthetic: its rates are invented, for tests only.`;
     return el("div.banner.made", { role: "note" }, el("p.lead", lead));
   }
-  const lead = `⚠ ${table.name}: ${agesOf(table.reconstructed)} are reconstructed, not published`;
+  const lead = `⚠ ${table.name}: ${table.warning.replace(/(\d)-(?=\d)/g, "$1–")}`;
   // The long text once, also where two such tables are compared.
   const texts = table.doubts
     .filter(({ grade }) => grade === "value")
@@ -113,10 +113,12 @@ export function describe(view) {
   byId("name").textContent = table.name;
   byId("published").textContent = published === table.name ? "" : published;
   byId("purpose").textContent = table.purpose;
+  byId("standing").hidden = table.invented;
+  byId("standing").textContent = `Standing: ${table.standing.text}. Age: ${table.age_basis.text}.`;
   byId("description").textContent = table.meta.get("description");
   byId("chips").replaceChildren(...chipsOf(table));
-  const warned = tables.filter((one) => one.invented || one.reconstructed);
-  const first = warned.find((one) => one.reconstructed);
+  const warned = tables.filter((one) => one.invented || one.warning);
+  const first = warned.find((one) => one.warning);
   byId("warnings").replaceChildren(...warned.map((one) => bannerOf(one, one === first)));
   byId("computed-mark").hidden = !tables.some(({ series }) => series.some((one) => one.computed));
   byId("metadata").replaceChildren(...payloadOf(table));

@@ -39,7 +39,7 @@ function drawBand(u, ctx, bbox, ratio, band) {
     const x = left + (width - wide) / 2;
     ctx.fillStyle = css("--panel");
     ctx.fillRect(x - 5 * ratio, bbox.top + 5 * ratio, wide + 10 * ratio, 18 * ratio);
-    ctx.fillStyle = css(band.kind === "reconstructed" ? "--warn" : "--muted");
+    ctx.fillStyle = css(band.kind === "completed" ? "--muted" : "--warn");
     ctx.fillText(text, x, bbox.top + 8 * ratio);
   }
   ctx.restore();

@@ -116,17 +116,16 @@ function axisOf(view, kind, { lines, ratio, mixed }, log) {
   return { title, axis: `${what}${time}, ${unit}, ${scale}` };
 }
 
-// Completed and reconstructed ages as bands, with the tables that have them. Ages that overlap are
-// one band: which series it is of stands in the legend.
+// Marked ages as bands, with the tables and columns that have them. Ages that overlap are one band.
 function bandsOf(lines) {
   const bands = [];
-  for (const { marks, table } of lines) {
+  for (const { marks, table, name } of lines) {
     for (const { kind, from, to } of marks) {
       const same = bands.find((each) => each.kind === kind && from <= each.to && each.from <= to);
-      if (!same) bands.push({ kind, from, to, names: new Set([table.name]) });
+      if (!same) bands.push({ kind, from, to, names: new Set([`${table.name} ${name}`]) });
       else {
         Object.assign(same, { from: Math.min(from, same.from), to: Math.max(to, same.to) });
-        same.names.add(table.name);
+        same.names.add(`${table.name} ${name}`);
       }
     }
   }

@@ -89,7 +89,7 @@ function columnLegend(view, table, column, all, side) {
   if (marked)
     set.append(
       el(
-        all.some(({ marks }) => marks[0]?.kind === "reconstructed") ? "p.warned" : "p.told",
+        all.some(({ marks }) => marks.some(({ kind }) => kind !== "completed")) ? "p.warned" : "p.told",
         marked,
       ),
     );
@@ -132,7 +132,7 @@ export function readLegend(age, kind = null) {
     const one = view.sides[side].table.series[at];
     output.textContent = readingOf(view, one, Number(side), age) || "–";
     const mark = markAt(one, age);
-    output.classList.toggle("doubtful", mark?.kind === "reconstructed");
+    output.classList.toggle("doubtful", Boolean(mark) && mark.kind !== "completed");
     output.classList.toggle("completed", mark?.kind === "completed");
   }
   const values = chosenOf(view, kind).map((one) => {

@@ -1,5 +1,7 @@
 // How a series is drawn: ink, dashes, marks. Inks are for light ground or dark.
 
+import { markWords } from "./tables.js";
+
 // Hue of the first label of a column and of the last, saturation, lightness of both on light ground
 // and on dark, for males, females and both, for each of the tables that are laid over each other.
 const INKS = [
@@ -79,6 +81,6 @@ export function markedAges({ ages, lines }, line) {
 // Shorter and shorter, of which the longest that fits is taken.
 export function bandTexts({ kind, from, to, names }) {
   const ages = from === to ? `${from}` : `${from}–${to}`;
-  const what = kind === "reconstructed" ? "reconstructed, not published" : "completed by a rule";
+  const what = markWords({ kind });
   return [`${names}: ages ${ages} ${what}`, `${ages} ${what}`, `${ages} ${kind}`, kind];
 }

@@ -1,7 +1,7 @@
 // The list of tables, and the search in it.
 
-import { byId, el, svg } from "./dom.js";
-import { find, indexOf } from "./search.js";
+import { byId, button, el, svg } from "./dom.js";
+import { find, indexOf, nearest } from "./search.js";
 import { atlas, openTable, state } from "./state.js";
 
 const SPARK = { width: 84, height: 30, lastAge: 126, decades: 5 };
@@ -72,6 +72,7 @@ function rove() {
 }
 
 const index = indexOf(atlas.tables);
+const SUGGESTED = ["annuity Spain", "term assurance", "DAV 2004 R", "invalidez", "select"];
 
 // What is found stands in the order of how well it fits, its groups in that of their best.
 function search() {
@@ -84,6 +85,14 @@ function search() {
   const families = new Set(order.map((name) => atlas.tables.get(name).family));
   for (const family of families) byId("list").append(groups.get(family));
   for (const group of groups.values()) group.hidden = !group.querySelector("li:not([hidden])");
+  const offered = query ? (names.length ? [] : nearest(index, query)) : SUGGESTED;
+  const lead = query ? (names.length ? "" : "Nothing is found. ") : "For example: ";
+  const ask = (text) => () => {
+    byId("query").value = text;
+    search();
+    byId("query").focus();
+  };
+  byId("hints").replaceChildren(lead, ...offered.map((text) => button(text, ask(text))));
   byId("count").textContent = `${query ? `${names.length} of ` : ""}${atlas.tables.size} tables`;
   rove();
 }

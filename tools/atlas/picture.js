@@ -9,7 +9,7 @@ const COLOURS = {
   light: { ground: "#fffefb", ink: "#1c2227", muted: "#59636c", grid: "#e9e5db", warn: "#8a3b00" },
   dark: { ground: "#1b2025", ink: "#e7eaec", muted: "#a2adb6", grid: "#2a3239", warn: "#ffc277" },
 };
-const HATCHES = { reconstructed: "#d9822b", completed: "#7a8894" };
+const HATCHES = { reconstructed: "#d9822b", doubtful: "#d9822b", completed: "#7a8894" };
 
 const escaped = (text) => text.replace(/[&<>"]/g, (sign) => `&#${sign.charCodeAt(0)};`);
 const short = (number) => Math.round(number * 100) / 100;

@@ -1,7 +1,7 @@
 // The search: whole words before the beginnings of words, and those before parts of words.
 
 import { SEXES } from "./tables.js";
-import { SYNONYMS } from "./synonyms.js";
+import { NAMES, SYNONYMS } from "./synonyms.js";
 
 // Without accents and capitals, in words; what is written together stays findable by its parts.
 const plain = (text) => text.normalize("NFD").replace(/\p{M}/gu, "").toLowerCase();
@@ -14,7 +14,7 @@ function partsOf(name) {
 }
 
 // Words that say nothing in a question of several words.
-const IDLE = new Set(wordsOf("de la el los las del y en of the for and or with a an in on by to"));
+const IDLE = new Set(wordsOf("de la el los las del y en of the for and or with a an in on by to table tables tabla tablas tafel"));
 
 // How a word is found: whole in a name or in our words, whole in other texts, at the beginning of a
 // word, within one; and what that is worth. 0 is not at all.
@@ -27,6 +27,7 @@ function saidOf(table) {
   // What a table is expressly without is not what it is looked for by.
   const purpose = table.purpose.replace(/without [^,:;]+/g, "");
   const said = [purpose, table.country ?? "", table.meta.get("table_type"), table.decrement];
+  said.push(table.warning ?? "");
   said.push(table.orders.join(" "), table.permille ? "per mille" : "decimal");
   said.push(...rates.map(([one]) => SEXES[one.sex]));
   said.push(table.formula ? `improvement generational ${table.formula}` : "static");
@@ -44,7 +45,10 @@ function entryOf(table) {
     if (!` ${text} `.includes(` ${plain(first)} `)) continue;
     for (const other of others) wordsOf(other).forEach((word) => said.add(word));
   }
-  const names = new Set([table.name, table.meta.get("table_name")].flatMap(partsOf));
+  const others = NAMES.filter(([pattern]) => pattern.test(table.name)).flatMap(([pattern, name]) =>
+    name.split(" ").map((each) => table.name.replace(pattern, each)),
+  );
+  const names = new Set([table.name, table.meta.get("table_name"), ...others].flatMap(partsOf));
   const sources = table.facts.map(([, text]) => text.replace(/<[^>]+>/g, ""));
   const texts = new Set(wordsOf([table.meta.get("description"), ...sources].join(" ")));
   return { name: table.name, names, said, texts };
@@ -90,4 +94,32 @@ export function find(index, query) {
       return { entry, worth: matches.reduce((sum, match) => sum + WORTH[match], named) };
     });
   return rest.sort((a, b) => b.worth - a.worth).map(({ entry }) => entry.name);
+}
+
+// How many letters have to be changed, added or left out to make one word of the other.
+function distance(one, other) {
+  let row = [...other, ""].map((_, at) => at);
+  for (const [at, letter] of [...one].entries()) {
+    const next = [at + 1];
+    for (let to = 0; to < other.length; to += 1) {
+      next.push(Math.min(next[to] + 1, row[to + 1] + 1, row[to] + (letter !== other[to])));
+    }
+    row = next;
+  }
+  return row.at(-1);
+}
+
+// Words that find something and are close to a typed word that does not.
+export function nearest(index, query) {
+  const words = new Set(index.flatMap(({ names, said }) => [...names, ...said]));
+  const missed = wordsOf(query).filter((word) => !index.some((entry) => matchOf(entry, word)));
+  return missed.slice(0, 1).flatMap((word) =>
+    [...words]
+      .filter((each) => each.length > 2)
+      .map((each) => ({ each, far: distance(word, each) }))
+      .filter(({ far }) => far <= Math.max(2, word.length / 3))
+      .sort((a, b) => a.far - b.far)
+      .slice(0, 3)
+      .map(({ each }) => each),
+  );
 }

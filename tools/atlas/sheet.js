@@ -68,9 +68,15 @@ export function sheetOf(view, { version, date, digest }) {
     const values = columns.map(({ textOf }) => textOf(age));
     body.push([String(age), ...values, ...noted.map((table) => noteAt(table, series, age))]);
   }
-  const about = tables.map((table) => {
+  const about = tables.flatMap((table) => {
     const base = table.base ? `; base year ${table.base}` : "";
-    return `${table.name}: ${table.invented ? "invented, for tests only" : table.source}${base}`;
+    const source = table.invented ? "invented, for tests only" : table.source;
+    const meant = `for ${table.purpose}; standing: ${table.standing.text}; age: ${table.age_basis.text}`;
+    return [
+      `${table.name}: ${source}${base}`,
+      ...(table.invented ? [] : [`${table.name}: ${meant}`]),
+      ...(table.warning ? [`${table.name}: WARNING: ${table.warning}`] : []),
+    ];
   });
   about.push(`data_tables ${version} of ${date}, catalogue ${digest}`);
   if (series.some((one) => projects(one, view.time))) {

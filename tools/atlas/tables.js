@@ -6,6 +6,7 @@ export const MOST_TABLES = 4; // that are laid over each other
 
 const MARK_WORDS = {
   reconstructed: "reconstructed, not published",
+  doubtful: "probably misprinted, as published",
   completed: "completed by a rule",
 };
 

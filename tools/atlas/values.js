@@ -20,7 +20,7 @@ export function showValues(view) {
   const rows = body.map(([age, ...texts]) => {
     const cells = texts.map((text, at) => el(at < columns.length ? "td" : "td.note", text));
     const notes = texts.slice(columns.length).join();
-    const mark = notes.includes("reconstructed")
+    const mark = /reconstructed|doubtful/.test(notes)
       ? "tr.doubtful"
       : notes.includes("completed")
         ? "tr.completed"
