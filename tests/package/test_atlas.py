@@ -249,9 +249,7 @@ def test_reconstructed_ages_are_seen_everywhere(atlas):
     atlas.open("table=DummySD_Unisex&with=SS90TOT&age=40")
     assert atlas.texts("a:has(.flag.warn) strong") == RECONSTRUCTED
     assert atlas.texts("a:has(.flag.made) strong") == SYNTHETIC
-    lead = (
-        "⚠ SS90TOT: ages 21–62 are reconstructed, not published; what the rates measure"
-    )
+    lead = "⚠ SS90TOT: ages 21–62 are reconstructed, not published; what the rates measure"
     assert any(text.startswith(lead) for text in atlas.texts(".lead"))
     assert len(atlas.texts("#values tr.doubtful")) == 42
     atlas.one("#rates .plot").send_keys(Keys.ARROW_RIGHT)
