@@ -35,6 +35,8 @@ set_is browser 'Chromium, for the atlas' \
 set_is verify 'readers of publications, and a writer of workbooks for their tests' \
   'pdftotext prlimit .openpyxl .xlrd .rdata .xlwt' \
   'poppler-utils python3-openpyxl python3-xlrd python3-rdata python3-xlwt'
+set_is readers 'R and DuckDB, which read what ./dev export writes' \
+  'Rscript duckdb' 'r-base-core r-cran-jsonlite duckdb'
 set_is bench 'what the module is measured with and against' \
   'cython3 valgrind .orjson' 'cython3 valgrind python3-orjson'
 # A compiler for each architecture of `./dev arches`, and what runs its programs.

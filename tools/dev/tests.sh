@@ -32,7 +32,7 @@ files_below() {
 # The test files that are for `./dev test --all` only: those with something from npm, a browser, a
 # wheel, or machines of their own.
 files_for_all() {
-  local long='npm|browser|gcc12|machines|checks'
+  local long='npm|browser|gcc12|machines|checks|readers'
   (cd "$here" && grep -lrE --include='*.py' "^# \./dev adds: .*\b($long)\b" tests)
 }
 
