@@ -19,7 +19,8 @@ from tools import TOP
 
 FOLDER = TOP / "provenance"
 VERIFIED = FOLDER / "verified.json"
-NO_FAMILIES = ("documents.toml", "declared.toml")
+DECLARED = "declared.toml"
+NO_FAMILIES = ("documents.toml", DECLARED)
 REGISTER = TOP / "marlune" / "tables" / "data_tables_sources.json"
 DOCUMENT = TOP / "docs" / "provenance.md"
 MARK = "<!-- What follows is written by `./dev python -m tools.documents --write`. -->\n"
@@ -168,11 +169,21 @@ def facts_of(name, key, lists):
 
 def last_verified():
     """What `./dev verify --record` found, by column."""
-    return json.loads(VERIFIED.read_text("utf-8")) if VERIFIED.exists() else {}
+    recorded = json.loads(VERIFIED.read_text("utf-8")) if VERIFIED.exists() else {}
+    recorded.pop(DECLARED, None)
+    return recorded
+
+
+def declared_digest():
+    """Of the differences that the last verification allowed."""
+    return hashlib.sha256((FOLDER / DECLARED).read_bytes()).hexdigest()
 
 
 def changed_since():
-    """The columns whose digits are not those that were verified."""
+    """The columns whose digits are not those that were verified, and what was allowed."""
+    recorded = json.loads(VERIFIED.read_text("utf-8")) if VERIFIED.exists() else {}
+    if recorded and recorded.get(DECLARED) != declared_digest():
+        yield DECLARED
     for where, entries in last_verified().items():
         name, column = where.split(" ")
         digest = register()["tables"][name]["columns"][column]["digest"]

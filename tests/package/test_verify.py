@@ -491,6 +491,8 @@ def test_a_column_counts_as_verified_until_it_changes(monkeypatch):
     verified["GAM83 qx_m"][0]["digest"] = "0123456789abcdef"
     monkeypatch.setattr(verify.provenance, "last_verified", lambda: verified)
     assert list(verify.provenance.changed_since()) == ["GAM83 qx_m"]
+    monkeypatch.setattr(verify.provenance, "declared_digest", lambda: "of another file")
+    assert list(verify.provenance.changed_since()) == ["declared.toml", "GAM83 qx_m"]
 
 
 def test_a_declared_difference_that_is_gone_is_told(tmp_path, capsys):

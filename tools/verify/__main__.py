@@ -293,6 +293,7 @@ def settle(options, facts, answers, well):
         return problems
     verified = verified_of(answers)
     if "--record" in options:
+        verified = {provenance.DECLARED: provenance.declared_digest()} | verified
         lines = (f"{json.dumps(column)}: {json.dumps(of)}" for column, of in verified.items())
         provenance.VERIFIED.write_text("{\n" + ",\n".join(lines) + "\n}\n", encoding="utf-8")
     elif verified != provenance.last_verified():
