@@ -1,7 +1,7 @@
 # Sourced by `dev check`: what keeps the tree clean, step by step. A step is silent when it finds
 # nothing. $preset is the build.
 
-steps=(shell python headers tidy stub documents publications atlas changelog types format spelling)
+steps=(shell python headers tidy stub documents publications atlas changelog types format spelling links)
 declare -A checks=(
   [shell]='the shell scripts'
   [python]='style and formatting of Python (ruff check --fix and ruff format mend most of it)'
@@ -15,6 +15,7 @@ declare -A checks=(
   [types]='the types of tools and tests'
   [format]='that clang-format changes nothing'
   [spelling]='spelling'
+  [links]='that links of the documents lead somewhere'
 )
 
 # The tree's files of these patterns, also where git does not trust the folder or there is no git;
@@ -109,6 +110,8 @@ check_format() {
   files=$(tree_files 'tables/*.cpp' 'tables/*.hpp') || return
   xargs -d '\n' clang-format --dry-run --Werror <<<"$files"
 }
+
+check_links() { build "$preset" && tool_of "$preset" links; }
 
 check_spelling() {
   local files

@@ -28,6 +28,12 @@ RECONSTRUCTED = ["IASS90", "SS90TOT", "SS90ABS"]
 LIVES = [
     ("table=PER2020_Ind_1o&year=2026&age=65&interest=2", "f", False, "annuity", 6, "22.503445"),
     ("table=PER2020_Ind_1o&born=1961&age=65&interest=2", "f", False, "annuity", 6, "22.503445"),
+    # A guide of the University of Málaga: PER2020, females, here per mille.
+    ("table=PER2020_Ind_2o&year=2025&age=0", "f", False, "rate", 3, "1.381"),
+    ("table=PER2020_Ind_2o&year=2030&age=0", "f", False, "rate", 3, "1.159"),
+    ("table=PER2020_Ind_2o&year=2025&age=1", "f", False, "rate", 3, "0.092"),
+    ("table=PER2020_Ind_2o&born=2000&age=81", "f", False, "rate", 1, "4.8"),
+    ("table=PER2020_Ind_2o&born=1990&age=82", "f", False, "rate", 1, "7.4"),
     ("table=CB_H_2020&year=2023&age=65", "m", False, "death", 2, "86.62"),
     ("table=RV_M_2020&year=2023&age=60", "f", False, "death", 2, "90.80"),
     ("table=CB_H_2020&year=2022&age=65", "m", False, "rate", 9, "0.008526031"),

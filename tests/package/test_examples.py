@@ -16,6 +16,7 @@ import pytest
 
 import marlune.tables.data_tables as module
 from marlune.tables.data_tables import REPO_TABLES
+from tools import links
 
 TOP = Path(__file__).resolve().parents[2]
 
@@ -154,3 +155,16 @@ def test_code_in_documents_prints_what_it_says(document):
         ((data, payload),) = given
         assert data is module.PER2020_Ind_1o["data"] and "data" not in payload
         assert list(module.PER2020_Ind_1o) == [*payload, "data"]
+
+
+def test_a_link_that_leads_nowhere_is_told(tmp_path, monkeypatch):
+    monkeypatch.setattr(links, "TOP", tmp_path)
+    document = tmp_path / "a.md"
+    document.write_text(
+        "# The Heads: `q`, ω\n[1](#the-heads-q-ω) [2](a.md#heads) [3](b.md) [4](https://x.y/z)\n"
+        "```\n[5](c.md)\n# no heading\n```\n[6](#no-heading)\n",
+        encoding="utf-8",
+    )
+    assert [line.split(" ")[-1] for line in links.dead_links(document)] == [
+        "a.md#heads", "b.md", "#no-heading"
+    ]  # fmt: skip
