@@ -1,6 +1,7 @@
 """The DAV 2004 R functions and what they build."""
 
 import platform
+import signal
 from decimal import Decimal
 from fractions import Fraction
 
@@ -294,3 +295,20 @@ def test_builtins_of_the_import_are_kept(monkeypatch):
 
     monkeypatch.delattr(builtins, "zip")
     assert len(blend([0.1], [0.2])) == 21
+
+
+def test_key_interrupt_is_answered_between_two_years():
+    """The traceback names the function: it had not come to its end."""
+
+    def interrupt(*_):
+        raise KeyboardInterrupt
+
+    before = signal.signal(signal.SIGALRM, interrupt)
+    try:
+        signal.setitimer(signal.ITIMER_REAL, 0.01)
+        with pytest.raises(KeyboardInterrupt) as interrupted:
+            module._dav_mi_linear([0.1] * 300_000, [0.2] * 300_000)
+    finally:
+        signal.setitimer(signal.ITIMER_REAL, 0)
+        signal.signal(signal.SIGALRM, before)
+    assert "data_tables._dav_mi_linear" in [entry.name for entry in interrupted.traceback]

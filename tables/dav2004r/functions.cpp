@@ -67,6 +67,8 @@ Reference copy_of(PyObject *list) {
 
 Reference blended(const Context *context, const TrendArguments &trends, int year) {
   const Reference weight = Reference::steal(PyFloat_FromDouble(weight_of(year)));
+  // Long lists take their time; a key interrupt need not wait for the last of the years.
+  check(PyErr_CheckSignals());
   Items items(std::min(PyList_GET_SIZE(trends.start), PyList_GET_SIZE(trends.target)));
   for_each_pair(context, trends, [&](PyObject *start, PyObject *target) {
     items.add(blend(weight, start, target));
