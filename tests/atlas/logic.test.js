@@ -7,7 +7,7 @@ import { test } from "node:test";
 
 import { readAddress, writeAddress } from "../../tools/atlas/address.js";
 import { drawingOf, notesOf } from "../../tools/atlas/drawing.js";
-import { livesOf } from "../../tools/atlas/lives.js";
+import { pricedLives } from "../../tools/atlas/lives.js";
 import { readAs } from "../../tools/atlas/numbers.js";
 import { pictureOf } from "../../tools/atlas/picture.js";
 import { rateAt } from "../../tools/atlas/projection.js";
@@ -15,7 +15,7 @@ import { find, indexOf, nearest } from "../../tools/atlas/search.js";
 import { csvOf, sheetOf } from "../../tools/atlas/sheet.js";
 import { readAtlas } from "../../tools/atlas/tables.js";
 
-const { contents, rates, lives, found, rows } = JSON.parse(readFileSync(process.env.ATLAS_FIGURES));
+const { contents, rates, lives, priced, found, rows } = JSON.parse(readFileSync(process.env.ATLAS_FIGURES));
 const atlas = readAtlas(contents);
 const viewOf = (address) => readAddress(address, atlas.tables).view;
 const near = (got, want, what) =>
@@ -31,25 +31,19 @@ test("every series is projected as Python does it, year by year", () => {
   }
 });
 
-test("lives have the published expectations and annuities", () => {
-  for (const [address, sex, selected, key, digits, want] of lives) {
-    const view = viewOf(address);
-    const all = livesOf(view.sides[0].table, view);
-    const life = all.find((one) => one.sex === sex && one.selected === selected);
-    const { age } = view;
-    const got = {
-      death: age + life.own.expectation,
-      annuity: life.own.annuity,
-      rate: life.rate,
-      period: life.period?.annuity,
-    };
-    assert.equal(got[key].toFixed(digits), want, address);
+test("lives are priced as published, and as Python does it", () => {
+  const lifeOf = (address, key) =>
+    pricedLives(viewOf(address)).find(({ life, words }) => (words ?? life.key) === key);
+  for (const [address, key, what, digits, want] of lives) {
+    const { own, period, ...of } = lifeOf(address, key);
+    const told = { ...of, ...own, period: period?.annuity };
+    assert.equal(told[what].toFixed(digits), want, address);
   }
-  const [early] = livesOf(atlas.tables.get("CB_H_2020"), {
-    age: 65,
-    interest: 2,
-    time: { kind: "year", year: 2019 },
-  });
+  for (const [address, key, kind, want] of priced) {
+    const got = lifeOf(address, key)[kind];
+    for (const what of Object.keys(want)) near(got[what], want[what], `${what}: ${key} ${address}`);
+  }
+  const [early] = pricedLives(viewOf("table=CB_H_2020&year=2019"));
   assert.deepEqual([early.rate, early.own, early.period], [null, null, null]);
 });
 
@@ -85,7 +79,7 @@ test("what must be known about the years of a comparison is said", () => {
   const both = "table=PER2020_Ind_1o&with=DAV2004R_Agg_2o";
   assert.match(notes(both), /Not projected.*PER2020_Ind_1o \(2012\), DAV2004R_Agg_2o \(1999\)\./);
   assert.equal(notes(`${both}&year=2026`), "");
-  const said = notes("table=GAM71&with=CB_H_2020,GAM94_AA,DummyLIFE_ProjectedGen&born=1960");
+  const said = notes("table=GAM71&with=CB_H_2020,GAM94_AA,DummyLIFE_ProjectedGen&born=1960&age=30");
   assert.match(said, /the same in every year: GAM71\..*taken backwards: GAM94_AA \(1994\)\./);
   assert.match(said, /left out: CB_H_2020 \(2020\), DummyLIFE_ProjectedGen \(2020\)\./);
   assert.match(said, /not spelt out by the table: DummyLIFE_ProjectedGen \(2020\)\./);
@@ -106,7 +100,7 @@ test("the search finds what people type", () => {
 test("the address holds everything chosen", () => {
   const full =
     "#table=CB_H_2020&with=PER2020_Ind_1o,GAM83,AM92_AF92&series=qx_m,mi_m.2030&series4=qx_f.0" +
-    "&born=1961&rates=ratio&improvement=log&age=72&interest=1.25&ages=20-90&values=all&csv=comma";
+    "&born=1961&rates=ratio&improvement=log&age=72&interest=1.25&term=20&deferred=3&paid=monthly&lives=CB_H_2020.m,AM92_AF92.f.selected&age2=60&ages=20-90&values=all&csv=comma";
   assert.equal(writeAddress(viewOf(full)), full);
   for (const bare of ["#GAM94_AA", "#gam94_aa", "#table=GAM94_AA"]) {
     assert.equal(writeAddress(viewOf(bare)), "#table=GAM94_AA");

@@ -34,6 +34,8 @@ PICTURES = {
     ),
     "atlas-phone.png": ("table=CB_H_2020&year=2023", (390, 844), "dark"),
 }
+# The table that holds for a life until its annuity starts, from when the other one counts.
+BEFORE = {f"DAV2004R_SelUlt_{order}": f"DAV2004R_Agg_{order}" for order in ("1o", "2o")}
 BROWSER = (
     "--headless", "--hide-scrollbars", "--no-sandbox", "--disable-gpu", "--disable-quic",
     "--no-first-run", "--disable-background-networking", "--disable-component-update",
@@ -135,6 +137,7 @@ def table_of(name, said, family, lists):
         "standing": said["standing"],
         "warning": provenance.warnings_of(name),
         "age_basis": said["age_basis"],
+        "before": BEFORE.get(name),
         "decrement": decrement_of(said),
         "family": family["title"],
         "country": family["country"],

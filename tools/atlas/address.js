@@ -1,10 +1,11 @@
 // What is chosen, and the address that holds all of it: a view is a link.
 
+import { PAID, livesIn } from "./lives.js";
 import { readAs } from "./numbers.js";
 import { MOST_TABLES, allAges } from "./tables.js";
 
 const SCALES = { rates: ["log", "linear", "ratio"], improvement: ["linear", "log"] };
-const DEFAULT = { age: 65, interest: 2 };
+const DEFAULT = { age: 65, interest: 2, term: null, deferred: 0, paid: "advance" };
 
 // Few enough to be told apart: of rates up to three, else the ends of a column.
 export function shownAtFirst(table) {
@@ -39,6 +40,20 @@ function timeOf(given, said) {
   return { kind: "stored", year: null };
 }
 
+// Two lives of the tables, the second of an age of its own.
+const keysOf = (sides) => sides.flatMap(({ table }) => livesIn(table).map(({ key }) => key));
+function pairOf(given, sides, age, said) {
+  if (!given.has("lives")) return null;
+  const keys = given.get("lives").split(",");
+  const unknown = keys.filter((key) => !keysOf(sides).includes(key));
+  if (!unknown.length && keys.length === 2) {
+    const range = allAges(sides.map(({ table }) => table));
+    return { keys, age: numberOf(given, "age2", "age", age, { said, range }) };
+  }
+  said.push(unknown.length ? `There is no life ${unknown.join()} here.` : "Lives are two.");
+  return null;
+}
+
 const clamped = (value, [low, high]) => Math.max(low, Math.min(value, high));
 
 // The view of an address. A name alone is that table; names are found whatever their case.
@@ -70,13 +85,20 @@ export function readAddress(hash, tables) {
   const ages = (given.get("ages") ?? "").split("-").map(Number);
   const all = allAges(known);
   const [first, last] = all;
+  const number = (key, more) => numberOf(given, key, key, DEFAULT[key], { said, ...more });
+  const time = timeOf(given, said);
+  const age = numberOf(given, "age", "age", clamped(DEFAULT.age, all), { said, range: all });
   return {
     view: {
       sides,
       scale,
-      time: timeOf(given, said),
-      age: numberOf(given, "age", "age", clamped(DEFAULT.age, all), { said, range: all }),
-      interest: numberOf(given, "interest", "interest", DEFAULT.interest, { said }),
+      time,
+      age,
+      interest: number("interest"),
+      term: number("term", { words: "for life" }),
+      deferred: number("deferred"),
+      paid: Object.hasOwn(PAID, given.get("paid")) ? given.get("paid") : DEFAULT.paid,
+      pair: pairOf(given, sides, age, said),
       ages: ages[0] >= first && ages[0] < ages[1] && ages[1] <= last ? ages : null,
       all: given.get("values") === "all",
       comma: given.get("csv") === "comma",
@@ -101,6 +123,10 @@ export function writeAddress(view) {
   }
   for (const [key, value] of Object.entries(DEFAULT)) {
     if (view[key] !== value) parts.push(`${key}=${view[key]}`);
+  }
+  if (view.pair?.keys.every((key) => keysOf(view.sides).includes(key))) {
+    parts.push(`lives=${view.pair.keys}`);
+    if (view.pair.age !== view.age) parts.push(`age2=${view.pair.age}`);
   }
   if (view.ages) parts.push(`ages=${view.ages.join("-")}`);
   if (view.all) parts.push("values=all");

@@ -4,6 +4,7 @@ import { notesOf } from "./drawing.js";
 import { byId, button, el } from "./dom.js";
 import { atlas, change, layOver, putFirst, state, takeAway } from "./state.js";
 import { agesOfView, tablesOf } from "./address.js";
+import { PAID } from "./lives.js";
 import { readAs } from "./numbers.js";
 import { MOST_TABLES } from "./tables.js";
 
@@ -15,6 +16,14 @@ const FIELDS = {
   },
   age: { shown: ({ age }) => age, choose: (age) => change({ age }), range: agesOfView },
   interest: { shown: ({ interest }) => interest, choose: (interest) => change({ interest }) },
+  term: { shown: ({ term }) => term, choose: (term) => change({ term }) },
+  deferred: { shown: ({ deferred }) => deferred, choose: (deferred) => change({ deferred }) },
+  age2: {
+    kind: "age",
+    shown: ({ pair }) => pair?.age,
+    choose: (age) => change({ pair: { ...state.view.pair, age } }),
+    range: agesOfView,
+  },
 };
 const first = new Date().getFullYear(); // the year that is offered first
 
@@ -56,10 +65,10 @@ function chooseTime(kind) {
 // Whether what is typed is what is shown; if it cannot be meant, a sentence beside it says so.
 function judge(id, view) {
   const field = byId(id);
-  const { range, shown } = FIELDS[id];
-  const { value, problem } = readAs(id, field.value, range?.(view));
+  const { range, shown, kind = id } = FIELDS[id];
+  const { value, problem } = readAs(kind, field.value, range?.(view));
   field.setAttribute("aria-invalid", Boolean(problem));
-  byId(`${id}-problem`).textContent = problem ? `${problem} Shown: ${shown(view)}.` : "";
+  byId(`${id}-problem`).textContent = problem ? `${problem} Shown: ${shown(view) ?? "for life"}.` : "";
   return { value, problem };
 }
 
@@ -98,9 +107,17 @@ export function startControls() {
     if (table) layOver(table);
   });
   byId("time").addEventListener("change", (event) => chooseTime(event.target.value));
+  byId("paid").append(...Object.entries(PAID).map(([value, text]) => el("option", { value }, text)));
+  byId("paid").addEventListener("change", (event) => change({ paid: event.target.value }));
+  const pairUp = () => {
+    const keys = [byId("one").value, byId("two").value];
+    const { pair, age } = state.view;
+    change({ pair: keys[1] ? { keys, age: pair?.age ?? age } : null });
+  };
+  for (const id of ["one", "two"]) byId(id).addEventListener("change", pairUp);
   Object.keys(FIELDS).forEach(listenTo);
   // On a phone the plot comes first.
-  byId("choices").open = innerWidth > 640;
+  for (const id of ["choices", "plan"]) byId(id).open = innerWidth > 640;
 }
 
 export function showControls(view) {
@@ -111,6 +128,7 @@ export function showControls(view) {
     option.disabled = tablesOf(view).some(({ name }) => name === option.value);
   }
   byId("time").value = view.time.kind;
+  byId("paid").value = view.paid;
   byId("year").hidden = view.time.kind === "stored";
   for (const id of Object.keys(FIELDS)) fill(id, view);
   const time = {

@@ -2,14 +2,14 @@
 
 export const byId = (id) => document.getElementById(id);
 
-// el("p.lead", { title: "…" }, "text", node, null): attributes may be missing, null is left out.
+// el("p.lead", { title: "…" }, "text", node, null): attributes may be missing, null and false are left out.
 export function el(tagAndClasses, ...rest) {
   const [tag, ...classes] = tagAndClasses.split(".");
   const node = document.createElement(tag);
   const given = rest[0]?.constructor === Object ? rest.shift() : {};
   node.classList.add(...classes);
   for (const [key, value] of Object.entries(given)) node.setAttribute(key, value);
-  node.append(...rest.flat().filter((child) => child !== null && child !== undefined));
+  node.append(...rest.flat().filter((child) => child !== null && child !== undefined && child !== false));
   return node;
 }
 

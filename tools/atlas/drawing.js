@@ -60,11 +60,13 @@ const withBases = (tables) =>
   listed(tables.map(({ name, base }) => (base ? `${name} (${base})` : name)));
 const onYears = ({ kind, shape }) => kind === "improvement" && shape === "years";
 
-// What must be known about projected rates: of which tables it holds, and what.
-function cautionsOf({ kind, year }) {
-  const early = ({ formula, start, base }) => formula && yearAt({ kind, year }, start) < base;
-  const before = (table) => early(table) && table.formula !== "projected_improvement";
-  const none = (table) => early(table) && table.formula === "projected_improvement";
+// What must be known about projected rates, those of the life that is shown or those that are not
+// drawn: of which tables it holds, and what.
+function cautionsOf({ time, age }) {
+  const early = ({ formula, base }, from) => formula && yearAt(time, from) < base;
+  const projected = ({ formula }) => formula === "projected_improvement";
+  const before = (table) => early(table, age) && !projected(table);
+  const none = (table) => early(table, table.start) && projected(table);
   return [
     [({ formula }) => !formula, (some) => `No improvement, so the same in every year: ${some}.`],
     [before, (some) => `Before the base year the formula is taken backwards: ${some}.`],
@@ -89,7 +91,7 @@ export function notesOf(view) {
     return differ ? [`Not projected: the rates are of different years: ${withBases(based)}.`] : [];
   }
   const notes = [];
-  for (const [holds, say] of cautionsOf(view.time)) {
+  for (const [holds, say] of cautionsOf(view)) {
     const some = tables.filter(holds);
     if (some.length) notes.push(say(withBases(some)));
   }

@@ -7,6 +7,8 @@ const NUMBER = /^[+-]?(\d+[.,]?\d*|[.,]\d+)$/;
 const ASKED = {
   interest: { a: "Interest", range: [-5, 50], unit: " %" },
   age: { a: "An age", whole: true },
+  term: { a: "A term", range: [1, 130], whole: true, unit: " years", optional: true },
+  deferred: { a: "A deferment", range: [0, 130], whole: true, unit: " years" },
   year: { a: "A year", range: [1800, 2200], whole: true },
 };
 
@@ -18,8 +20,9 @@ export function readNumber(text) {
 
 // The value that is typed, or a sentence that says why it cannot be meant.
 export function readAs(kind, text, range = ASKED[kind].range) {
-  const { a, whole, unit = "" } = ASKED[kind];
-  const value = readNumber(unit ? text.replace(/\s*%\s*$/, "") : text);
+  const { a, whole, optional, unit = "" } = ASKED[kind];
+  if (optional && !text.trim()) return { value: null };
+  const value = readNumber(unit === " %" ? text.replace(/\s*%\s*$/, "") : text);
   if (value === null) return { problem: `“${text.trim()}” is not a number.` };
   if (whole && !Number.isInteger(value)) return { problem: `${a} is a whole number.` };
   const [low, high] = range;

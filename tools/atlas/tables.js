@@ -51,6 +51,7 @@ export function readAtlas(given) {
     return { texts, numbers: texts.map(Number) };
   });
   const tables = new Map(given.tables.map((each) => [each.name, tableFrom(each, lists)]));
+  for (const table of tables.values()) table.before = tables.get(table.before) ?? null;
   return { ...given, tables };
 }
 
