@@ -44,6 +44,30 @@ def test_cmake_names_an_interpreter_that_does_not_do(kind, lie, tmp_path):
 
 
 @pytest.mark.parametrize(
+    "flags, options, small",
+    [
+        ("", "-GNinja", True),
+        ("", "-GNinja -DCMAKE_BUILD_TYPE=release", True),
+        ("", "-GNinja -DCMAKE_BUILD_TYPE=RelWithDebInfo", False),
+        ("", "-GNinja Multi-Config", True),
+        ("-O2 -g", "-GNinja", False),
+        ("-O2 -g", "-GNinja -DDATA_TABLES_SMALL=ON", True),
+    ],
+)
+def test_flags_of_a_packager_are_kept(flags, options, small, tmp_path, monkeypatch):
+    monkeypatch.setenv("CXXFLAGS", flags)
+    command = ["cmake", "-S", TOP, "-B", tmp_path, f"-DPython_EXECUTABLE={sys.executable}"]
+    subprocess.run([*command, *options.replace(" -D", "\n-D").split("\n")], check=True)
+    built = json.loads((tmp_path / "compile_commands.json").read_text("utf-8"))
+    several = "Multi" in options
+    release = [e["command"] for e in built if not several or "/Release/" in e["output"]]
+    module = [command for command in release if "tables/module.cpp" in command]
+    assert module and all(("-Os" in command) == small for command in module), module
+    assert all(flags in command and " -s " not in command for command in release)
+    assert "--strip-all" not in "".join(each.read_text() for each in tmp_path.glob("*.ninja"))
+
+
+@pytest.mark.parametrize(
     "changed, message",
     {
         "#define PY_VERSION_HEX 0x030D09F0": "data_tables is for CPython 3.14 and 3.15",
