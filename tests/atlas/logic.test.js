@@ -10,9 +10,9 @@ import { drawingOf, notesOf } from "../../tools/atlas/drawing.js";
 import { pricedLives } from "../../tools/atlas/lives.js";
 import { readAs } from "../../tools/atlas/numbers.js";
 import { pictureOf } from "../../tools/atlas/picture.js";
-import { rateAt } from "../../tools/atlas/projection.js";
+import { rateAt, timeOf } from "../../tools/atlas/projection.js";
 import { find, indexOf, nearest } from "../../tools/atlas/search.js";
-import { csvOf, sheetOf } from "../../tools/atlas/sheet.js";
+import { csvOf, fileName, sheetOf } from "../../tools/atlas/sheet.js";
 import { readAtlas } from "../../tools/atlas/tables.js";
 
 const { contents, rates, lives, priced, found, rows } = JSON.parse(readFileSync(process.env.ATLAS_FIGURES));
@@ -32,8 +32,11 @@ test("every series is projected as Python does it, year by year", () => {
 });
 
 test("lives are priced as published, and as Python does it", () => {
-  const lifeOf = (address, key) =>
-    pricedLives(viewOf(address)).find(({ life, words }) => (words ?? life.key) === key);
+  const lifeOf = (address, key) => {
+    const view = viewOf(address);
+    const called = `${view.sides[0].table.name}.${key}`;
+    return pricedLives(view).find(({ life, words }) => (words ? words === key : life.key === called));
+  };
   for (const [address, key, what, digits, want] of lives) {
     const { own, period, ...of } = lifeOf(address, key);
     const told = { ...of, ...own, period: period?.annuity };
@@ -48,30 +51,48 @@ test("lives are priced as published, and as Python does it", () => {
 });
 
 test("a ratio is that of the same sex and duration, in one unit, projected", () => {
-  const ratioAt = (address, called, age) => {
+  const valueAt = (address, called, age) => {
     const drawing = drawingOf(viewOf(address), "rates");
     return drawing.lines.find((line) => line.called === called).values[age - drawing.ages[0]];
   };
-  const rel = "table=PASEM2020_Gen_2o&with=PASEM2020_Rel_1o&rates=ratio";
-  const called = "PASEM2020_Rel_1o qx_f as % of PASEM2020_Gen_2o qx_f";
-  assert.equal(ratioAt(rel, called, 65).toFixed(2), "110.19"); // the law 1.101875 of the provenance
-  assert.equal(ratioAt(rel, called, 110), null); // past the last age of Rel
-  const mixed = "table=PER2020_Ind_1o&with=AM92_AF92&rates=ratio";
-  const duration = "AM92_AF92 qx_f.0 as % of PER2020_Ind_1o qx_f";
-  const [per, am] = ["PER2020_Ind_1o", "AM92_AF92"].map((name) => atlas.tables.get(name));
-  const perMille = per.series.find(({ name }) => name === "qx_f").numbers[65];
-  const decimal = am.series.find(({ name }) => name === "qx_f.0").numbers[65 - 17];
-  near(ratioAt(mixed, duration, 65), (100 * decimal) / (perMille / 1000), "units");
+  const ratioAt = (first, name, of, age, more = "") => {
+    const address = `table=${first}&with=${name.split(" ")[0]}&rates=ratio${more}`;
+    return valueAt(address, `${name} as % of ${first} ${of}`, age);
+  };
+  const storedAt = (name, series, age) => {
+    const { series: all, start, permille } = atlas.tables.get(name);
+    const value = all.find((one) => one.name === series).numbers[age - start];
+    return permille ? value / 1000 : value;
+  };
+  const rel = (age) => ratioAt("PASEM2020_Gen_2o", "PASEM2020_Rel_1o qx_f", "qx_f", age);
+  assert.equal(rel(65).toFixed(2), "110.19"); // the law 1.101875 of the provenance
+  assert.equal(rel(110), null); // past the last age of Rel
+  // Decimal and per mille; a duration that the first table has, has not; both sexes in one column.
+  for (const [first, name, series, of, age, more] of [
+    ["PER2020_Ind_1o", "AM92_AF92", "qx_f.0", "qx_f", 65],
+    ["PER2020_Ind_1o", "AM92_AF92", "qx_f.0", "qx_f", 65, "&year=2012"],
+    ["DAV2004R_SelUlt_2o", "DAV2004R_SelUlt_1o", "qx_m.2", "qx_m.2", 70, "&series2=qx_m.2"],
+    ["DAV2004R_SelUlt_2o", "AM92_AF92", "qx_m.0", "qx_m.ult", 70],
+    ["AM92_AF92", "DAV2004R_SelUlt_2o", "qx_f.1", "qx_f.1", 70, "&series2=qx_f.1"],
+    ["DummyLIFE_Unisex", "GAM71", "qx_f", "qx_m", 50],
+    ["GAM71", "DummyLIFE_Unisex", "qx_m", "qx_m", 50],
+  ]) {
+    const want = (100 * storedAt(name, series, age)) / storedAt(first, of, age);
+    near(ratioAt(first, `${name} ${series}`, of, age, more), want, `${name} of ${first}`);
+  }
+  const per = atlas.tables.get("PER2020_Ind_1o").series[0];
   near(
-    ratioAt(`${mixed}&year=2012`, duration, 65),
-    (100 * decimal) / (perMille / 1000),
-    "base year",
-  );
-  near(
-    ratioAt(`${mixed}&year=2026`, duration, 65),
-    (100 * decimal) / (rateAt(per.series[0], 65, 2026) / 1000),
+    ratioAt("PER2020_Ind_1o", "AM92_AF92 qx_f.0", "qx_f", 65, "&year=2026"),
+    (100 * storedAt("AM92_AF92", "qx_f.0", 65)) / (rateAt(per, 65, 2026) / 1000),
     "projected",
   );
+  const mixed = "table=GAM71&with=PER2020_Ind_1o";
+  for (const [name, series] of [["GAM71", "qx_f"], ["PER2020_Ind_1o", "qx_f"]]) {
+    near(valueAt(mixed, `${name} ${series}`, 65), storedAt(name, series, 65), "units in one plot");
+  }
+  assert.deepEqual(timeOf("born", { kind: "year", year: 2026 }, 65, 2020), { kind: "born", year: 1961 });
+  assert.deepEqual(timeOf("year", { kind: "born", year: 1961 }, 65, 2020), { kind: "year", year: 2026 });
+  assert.deepEqual(timeOf("born", { kind: "stored" }, 65, 2020), { kind: "born", year: 1955 });
 });
 
 test("what must be known about the years of a comparison is said", () => {
@@ -173,6 +194,11 @@ test("a file says unit, source, version and what is not published", () => {
     /completed: qx_m.0 qx_f.0$/,
   );
   assert.match(csv("#DummySD_Unisex")[5], /invented$/);
+  const cells = { about: ['a "b"; c'], head: ["x"], body: [["7.5e-07", 'a "b"', "1;2", "1,2"]] };
+  assert.equal(csvOf(cells, false), '# a "b"; c\nx\n7.5e-07,"a ""b""","1;2","1,2"\n');
+  assert.equal(csvOf(cells, true), '\ufeff"# a ""b""; c"\nx\n7,5e-07;"a ""b""";"1;2";"1,2"\n');
+  const names = fileName(viewOf("table=SS90ABS&with=GAM71,Dummy_qx0&year=2026"), "csv");
+  assert.equal(names, "SS90ABS-reconstructed-GAM71-Dummy_qx0-invented-year-2026.csv");
 });
 
 test("a picture has every line, says what it is and hatches what is not published", () => {

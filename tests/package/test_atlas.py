@@ -2,6 +2,7 @@
 
 # ./dev adds: browser npm
 import json
+import math
 import os
 import subprocess
 import sys
@@ -26,26 +27,26 @@ RECONSTRUCTED = ["IASS90", "SS90TOT", "SS90ABS"]
 # Published, or computed in another way by tests of the examples: address, life, what, digits,
 # figure. The trends of DAV 2004 R and the five rates are those of the workbook.
 LIVES = [
-    ("table=PER2020_Ind_1o&year=2026&age=65&interest=2", "PER2020_Ind_1o.f", "annuity", 6, "22.503445"),
-    ("table=PER2020_Ind_1o&born=1961&age=65&interest=2", "PER2020_Ind_1o.f", "annuity", 6, "22.503445"),
+    ("table=PER2020_Ind_1o&year=2026&age=65&interest=2", "f", "annuity", 6, "22.503445"),
+    ("table=PER2020_Ind_1o&born=1961&age=65&interest=2", "f", "annuity", 6, "22.503445"),
     # A guide of the University of Málaga: PER2020, females, here per mille.
-    ("table=PER2020_Ind_2o&year=2025&age=0", "PER2020_Ind_2o.f", "rate", 3, "1.381"),
-    ("table=PER2020_Ind_2o&year=2030&age=0", "PER2020_Ind_2o.f", "rate", 3, "1.159"),
-    ("table=PER2020_Ind_2o&year=2025&age=1", "PER2020_Ind_2o.f", "rate", 3, "0.092"),
-    ("table=PER2020_Ind_2o&born=2000&age=81", "PER2020_Ind_2o.f", "rate", 1, "4.8"),
-    ("table=PER2020_Ind_2o&born=1990&age=82", "PER2020_Ind_2o.f", "rate", 1, "7.4"),
-    ("table=CB_H_2020&year=2023&age=65", "CB_H_2020.m", "death", 2, "86.62"),
-    ("table=RV_M_2020&year=2023&age=60", "RV_M_2020.f", "death", 2, "90.80"),
-    ("table=CB_H_2020&year=2022&age=65", "CB_H_2020.m", "rate", 9, "0.008526031"),
-    ("table=AM92_AF92&age=40&interest=4", "AM92_AF92.m.selected", "annuity", 3, "20.009"),
-    ("table=AM92_AF92&age=40&interest=4", "AM92_AF92.m", "annuity", 3, "20.005"),
-    ("table=AM92_AF92&year=2026&age=40&interest=4", "AM92_AF92.m", "period", 3, "20.005"),
-    ("table=DAV2004R_Agg_2o&year=2026&interest=1.25", "DAV2004R_Agg_2o.m", "annuity", 2, "20.55"),
-    ("table=DAV2004R_SelUlt_1o&year=2005&age=60", "DAV2004R_SelUlt_1o.m.selected", "rate", 12, "0.004175509843"),
-    ("table=DAV2004R_Agg_1o&year=2005&age=60", "DAV2004R_Agg_1o.m", "rate", 12, "0.004566485462"),
-    ("table=DAV2004R_SelUlt_2o&year=2005&age=60", "DAV2004R_SelUlt_2o.m.selected", "rate", 12, "0.005025836501"),
-    ("table=DAV2004R_Agg_2o&year=2005&age=60", "DAV2004R_Agg_2o.m", "rate", 12, "0.005496501965"),
-    ("table=AM92_AF92&age=40&interest=4", "AM92_AF92.m.selected", "assurance", 5, "0.23041"),
+    ("table=PER2020_Ind_2o&year=2025&age=0", "f", "rate", 3, "1.381"),
+    ("table=PER2020_Ind_2o&year=2030&age=0", "f", "rate", 3, "1.159"),
+    ("table=PER2020_Ind_2o&year=2025&age=1", "f", "rate", 3, "0.092"),
+    ("table=PER2020_Ind_2o&born=2000&age=81", "f", "rate", 1, "4.8"),
+    ("table=PER2020_Ind_2o&born=1990&age=82", "f", "rate", 1, "7.4"),
+    ("table=CB_H_2020&year=2023&age=65", "m", "death", 2, "86.62"),
+    ("table=RV_M_2020&year=2023&age=60", "f", "death", 2, "90.80"),
+    ("table=CB_H_2020&year=2022&age=65", "m", "rate", 9, "0.008526031"),
+    ("table=AM92_AF92&age=40&interest=4", "m.selected", "annuity", 3, "20.009"),
+    ("table=AM92_AF92&age=40&interest=4", "m", "annuity", 3, "20.005"),
+    ("table=AM92_AF92&year=2026&age=40&interest=4", "m", "period", 3, "20.005"),
+    ("table=DAV2004R_Agg_2o&year=2026&interest=1.25", "m", "annuity", 2, "20.55"),
+    ("table=DAV2004R_SelUlt_1o&year=2005&age=60", "m.selected", "rate", 12, "0.004175509843"),
+    ("table=DAV2004R_Agg_1o&year=2005&age=60", "m", "rate", 12, "0.004566485462"),
+    ("table=DAV2004R_SelUlt_2o&year=2005&age=60", "m.selected", "rate", 12, "0.005025836501"),
+    ("table=DAV2004R_Agg_2o&year=2005&age=60", "m", "rate", 12, "0.005496501965"),
+    ("table=AM92_AF92&age=40&interest=4", "m.selected", "assurance", 5, "0.23041"),
 ]
 # What is typed, what is found: only that, that first, or that among others.
 CHILE = ["CB_H_2020", "MI_H_2020", "RV_M_2020", "B_M_2020", "MI_M_2020"]
@@ -93,19 +94,36 @@ FOUND = [
 ]  # fmt: skip
 
 
+def backwards(payload, sex, path, index):
+    """By what a rate of the base year is multiplied ten years before it: the formula reversed."""
+    rates = payload["data"].get(f"mi_{sex}") or payload["data"].get(f"MI_{sex}")
+    paths = dict(lists_of(rates))
+    mi = paths.get(path, next(iter(paths.values())))[index]  # the first list, before its year too
+    return {
+        "exponential_improvement": math.exp(10 * mi),
+        "discrete_improvement": (1 - mi) ** -10,
+        "linear_improvement": 1 + 10 * mi,
+        "projected_improvement": None,
+    }[payload["generational_formula_type"]]
+
+
 def projected_rates():
     """Table, series, age, year and projected rate, for every series that improves."""
     for name, payload in REPO_TABLES.items():
+        scale = payload["decrement_scale_factor"]
         for key, column in payload["data"].items():
             if not payload["generational"] or key.lower().startswith("mi_"):
                 continue
             decrement, sex = key.split("_")
-            for since, (path, _) in enumerate(lists_of(column)):
+            for since, (path, rates) in enumerate(lists_of(column)):
                 series, select = ".".join([key, *map(str, path)]), {"since": since} if path else {}
                 for age in range(payload["start_age"], payload["omega"] + 1, 7):
-                    for year in (payload["base_year"] + after for after in (0, 1, 6, 45)):
+                    for year in (payload["base_year"] + after for after in (0, 1, 6, 45, 170)):
                         q = life.rate(payload, sex, age, year, decrement=decrement, **select)
-                        yield name, series, age, year, q * payload["decrement_scale_factor"]
+                        yield name, series, age, year, min(q, 1) * scale
+                    before = backwards(payload, sex, path, age - payload["start_age"])
+                    q = before and min(rates[age - payload["start_age"]] * before, scale)
+                    yield name, series, age, payload["base_year"] - 10, q
 
 
 def price(alive, interest, term, deferred, paid):
@@ -137,18 +155,18 @@ def priced_lives():
         hers = life.survival(life.rates(agg, "f", 62, 2026))
         keys = "DAV2004R_SelUlt_2o.m.selected", "DAV2004R_Agg_2o.f"
         pair = f"{of}&{plan}&lives={','.join(keys)}&age2=62"
-        yield pair, keys[0], "own", price(his, **told)
+        yield pair, "m.selected", "own", price(his, **told)
         yield pair, "while both live", "own", price(life.joint(his, hers), **told)
         yield pair, "while one of both lives", "own", price(life.last_survivor(his, hers), **told)
         at_40 = f"&age=40&{plan}"
         am92 = life.survival(life.rates(REPO_TABLES["AM92_AF92"], "f", 40, selected=40))
-        yield "table=AM92_AF92" + at_40, "AM92_AF92.f.selected", "own", price(am92, **told)
+        yield "table=AM92_AF92" + at_40, "f.selected", "own", price(am92, **told)
         unisex = life.survival(life.rates(REPO_TABLES["DummyLIFE_Unisex"], "f", 40))
-        yield "table=DummyLIFE_Unisex" + at_40, "DummyLIFE_Unisex.u", "own", price(unisex, **told)
+        yield "table=DummyLIFE_Unisex" + at_40, "u", "own", price(unisex, **told)
         per = REPO_TABLES["PER2020_Ind_1o"]
         then = life.survival(life.rate(per, "m", age, 2026) for age in range(65, per["omega"] + 1))
         of = f"table=PER2020_Ind_1o&year=2026&{plan}"
-        yield of, "PER2020_Ind_1o.m", "period", price(then, **told)
+        yield of, "m", "period", price(then, **told)
 
 
 def rows_of(payload):

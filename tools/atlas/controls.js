@@ -6,6 +6,7 @@ import { atlas, change, layOver, putFirst, state, takeAway } from "./state.js";
 import { agesOfView, tablesOf } from "./address.js";
 import { PAID } from "./lives.js";
 import { readAs } from "./numbers.js";
+import { timeOf } from "./projection.js";
 import { MOST_TABLES } from "./tables.js";
 
 // The fields of numbers: what is shown of a view, and what is chosen by what is typed.
@@ -47,20 +48,6 @@ const laid = (table) =>
     button("first", () => putFirst(table), `Put ${table.name} first`),
     button("×", () => takeAway(table), `Take ${table.name} away`),
   );
-
-const otherYear = (kind, year, age) => (kind === "born" ? year - age : year + age);
-
-function chooseTime(kind) {
-  const { time } = state.view;
-  const age = state.view.age;
-  const year =
-    time.kind === "stored"
-      ? first - (kind === "born" ? age : 0)
-      : time.kind === kind
-        ? time.year
-        : otherYear(kind, time.year, age);
-  change({ time: kind === "stored" ? { kind, year: null } : { kind, year } });
-}
 
 // Whether what is typed is what is shown; if it cannot be meant, a sentence beside it says so.
 function judge(id, view) {
@@ -106,7 +93,10 @@ export function startControls() {
     event.target.value = "";
     if (table) layOver(table);
   });
-  byId("time").addEventListener("change", (event) => chooseTime(event.target.value));
+  byId("time").addEventListener("change", ({ target }) => {
+    const { time, age } = state.view;
+    change({ time: timeOf(target.value, time, age, first) });
+  });
   byId("paid").append(...Object.entries(PAID).map(([value, text]) => el("option", { value }, text)));
   byId("paid").addEventListener("change", (event) => change({ paid: event.target.value }));
   const pairUp = () => {

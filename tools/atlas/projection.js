@@ -62,6 +62,13 @@ export function yearAt(time, age) {
   return { stored: null, year: time.year, born: time.year + age }[time.kind];
 }
 
+// A time of another kind, so that a life of this age stays in its year; `first` is offered at first.
+export function timeOf(kind, time, age, first) {
+  if (kind === "stored") return { kind, year: null };
+  const then = yearAt(time, age) ?? first;
+  return { kind, year: kind === "born" ? then - age : then };
+}
+
 export const projects = (one, time) =>
   time.kind !== "stored" && one.kind === "rates" && one.table.formula !== null;
 
