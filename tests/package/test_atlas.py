@@ -95,14 +95,14 @@ FOUND = [
 
 
 def backwards(payload, sex, path, index):
-    """By what a rate of the base year is multiplied ten years before it: the formula reversed."""
+    """By what a rate of the base year is multiplied 150 years before it: the formula reversed."""
     rates = payload["data"].get(f"mi_{sex}") or payload["data"].get(f"MI_{sex}")
     paths = dict(lists_of(rates))
     mi = paths.get(path, next(iter(paths.values())))[index]  # the first list, before its year too
     return {
-        "exponential_improvement": math.exp(10 * mi),
-        "discrete_improvement": (1 - mi) ** -10,
-        "linear_improvement": 1 + 10 * mi,
+        "exponential_improvement": math.exp(150 * mi),
+        "discrete_improvement": (1 - mi) ** -150,
+        "linear_improvement": 1 + 150 * mi,
         "projected_improvement": None,
     }[payload["generational_formula_type"]]
 
@@ -118,12 +118,12 @@ def projected_rates():
             for since, (path, rates) in enumerate(lists_of(column)):
                 series, select = ".".join([key, *map(str, path)]), {"since": since} if path else {}
                 for age in range(payload["start_age"], payload["omega"] + 1, 7):
-                    for year in (payload["base_year"] + after for after in (0, 1, 6, 45, 170)):
+                    for year in (payload["base_year"] + after for after in (0, 1, 6, 45)):
                         q = life.rate(payload, sex, age, year, decrement=decrement, **select)
                         yield name, series, age, year, min(q, 1) * scale
                     before = backwards(payload, sex, path, age - payload["start_age"])
                     q = before and min(rates[age - payload["start_age"]] * before, scale)
-                    yield name, series, age, payload["base_year"] - 10, q
+                    yield name, series, age, payload["base_year"] - 150, q
 
 
 def price(alive, interest, term, deferred, paid):
