@@ -10,7 +10,7 @@ import { drawingOf, notesOf } from "../../tools/atlas/drawing.js";
 import { pricedLives } from "../../tools/atlas/lives.js";
 import { readAs } from "../../tools/atlas/numbers.js";
 import { pictureOf } from "../../tools/atlas/picture.js";
-import { rateAt, timeOf } from "../../tools/atlas/projection.js";
+import { rateAt, timeAs } from "../../tools/atlas/projection.js";
 import { find, indexOf, nearest } from "../../tools/atlas/search.js";
 import { csvOf, fileName, sheetOf } from "../../tools/atlas/sheet.js";
 import { readAtlas } from "../../tools/atlas/tables.js";
@@ -92,9 +92,9 @@ test("a ratio is that of the same sex and duration, in one unit, projected", () 
   for (const [name, series] of [["GAM71", "qx_f"], ["PER2020_Ind_1o", "qx_f"]]) {
     near(valueAt(mixed, `${name} ${series}`, 65), storedAt(name, series, 65), "units in one plot");
   }
-  assert.deepEqual(timeOf("born", { kind: "year", year: 2026 }, 65, 2020), { kind: "born", year: 1961 });
-  assert.deepEqual(timeOf("year", { kind: "born", year: 1961 }, 65, 2020), { kind: "year", year: 2026 });
-  assert.deepEqual(timeOf("born", { kind: "stored" }, 65, 2020), { kind: "born", year: 1955 });
+  assert.deepEqual(timeAs("born", { kind: "year", year: 2026 }, 65, 2020), { kind: "born", year: 1961 });
+  assert.deepEqual(timeAs("year", { kind: "born", year: 1961 }, 65, 2020), { kind: "year", year: 2026 });
+  assert.deepEqual(timeAs("born", { kind: "stored" }, 65, 2020), { kind: "born", year: 1955 });
 });
 
 test("what must be known about the years of a comparison is said", () => {

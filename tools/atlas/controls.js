@@ -6,7 +6,7 @@ import { atlas, change, layOver, putFirst, state, takeAway } from "./state.js";
 import { agesOfView, tablesOf } from "./address.js";
 import { PAID } from "./lives.js";
 import { readAs } from "./numbers.js";
-import { timeOf } from "./projection.js";
+import { timeAs } from "./projection.js";
 import { MOST_TABLES } from "./tables.js";
 
 // The fields of numbers: what is shown of a view, and what is chosen by what is typed.
@@ -95,7 +95,7 @@ export function startControls() {
   });
   byId("time").addEventListener("change", ({ target }) => {
     const { time, age } = state.view;
-    change({ time: timeOf(target.value, time, age, first) });
+    change({ time: timeAs(target.value, time, age, first) });
   });
   byId("paid").append(...Object.entries(PAID).map(([value, text]) => el("option", { value }, text)));
   byId("paid").addEventListener("change", (event) => change({ paid: event.target.value }));

@@ -63,7 +63,7 @@ export function yearAt(time, age) {
 }
 
 // A time of another kind, so that a life of this age stays in its year; `first` is offered at first.
-export function timeOf(kind, time, age, first) {
+export function timeAs(kind, time, age, first) {
   if (kind === "stored") return { kind, year: null };
   const then = yearAt(time, age) ?? first;
   return { kind, year: kind === "born" ? then - age : then };
