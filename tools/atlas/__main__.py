@@ -15,6 +15,7 @@ import html
 import json
 import os
 import re
+import subprocess
 import sys
 import tempfile
 from pathlib import Path
@@ -36,6 +37,7 @@ PICTURES = {
 }
 # The table that holds for a life until its annuity starts, from when the other one counts.
 BEFORE = {f"DAV2004R_SelUlt_{order}": f"DAV2004R_Agg_{order}" for order in ("1o", "2o")}
+INSIDE = ("uplot",)  # packages from npm that are in the page
 BROWSER = (
     "--headless", "--hide-scrollbars", "--no-sandbox", "--disable-gpu", "--disable-quic",
     "--no-first-run", "--disable-background-networking", "--disable-component-update",
@@ -193,26 +195,24 @@ def read(path):
     return path.read_text(encoding="utf-8").strip()
 
 
+def npm(pattern):
+    """A file of the packages from npm."""
+    modules = os.environ.get("DATA_TABLES_NPM") or sys.exit("atlas: DATA_TABLES_NPM is not set")
+    found = list(Path(modules).glob(pattern))
+    return found[0] if len(found) == 1 else sys.exit(f"atlas: npm has {len(found)} of {pattern}")
+
+
 def script():
-    """The modules below page.js as one text, in the order in which a browser would run them."""
-    seen, done = set(), []
-
-    def add(name):
-        seen.add(name)
-        text = read(PARTS / name)
-        for other in re.findall(r'^import [^;]* from "\./(\w+\.js)";$', text, re.M):
-            if other not in seen:
-                add(other)
-        text = re.sub(r"^import [^;]*;\n", "", text, flags=re.M)
-        done.append(re.sub("^export ", "", text, flags=re.M).strip())
-
-    add("page.js")
-    text = "\n\n".join(done)
-    names = re.findall(r"^(?:async )?(?:const|let|function) (\w+)", text, re.M)
-    twice = {name for name in names if names.count(name) > 1}
-    if twice:
-        raise ShapeError(f"tools/atlas: declared in two files, which become one text: {twice}")
-    return text
+    """page.js and what it imports as one text. The bundler is started as its install script would."""
+    command = [
+        npm("@esbuild/*/bin/esbuild"), PARTS / "page.js", "--bundle", "--minify", "--format=iife",
+        "--charset=utf8", "--log-level=warning",
+    ]  # fmt: skip
+    environment = os.environ | {"NODE_PATH": str(npm("uplot").parent)}
+    done = subprocess.run(command, env=environment, capture_output=True, text=True, check=False)
+    if done.returncode or done.stderr:
+        raise ShapeError(f"esbuild: {done.stderr}")
+    return done.stdout.strip()
 
 
 def plain_list(tables):
@@ -231,14 +231,12 @@ def plain_list(tables):
 
 def page():
     """The text of the page."""
-    modules = os.environ.get("DATA_TABLES_NPM") or sys.exit("atlas: DATA_TABLES_NPM is not set")
-    uplot = Path(modules) / "uplot"
-    style = read(uplot / "dist/uPlot.min.css") + "\n" + read(PARTS / "page.css")
-    scripts = {"uplot": read(uplot / "dist/uPlot.iife.min.js"), "script": script()}
-    licence = read(uplot / "LICENSE")
+    style = read(npm("uplot/dist/uPlot.min.css")) + "\n" + read(PARTS / "page.css")
+    code = script()
+    licences = "\n\n".join(f"{name}:\n\n{read(npm(f'{name}/LICENSE'))}" for name in INSIDE)
     told = contents()
     data = json.dumps(told, ensure_ascii=False, separators=(",", ":"))
-    assert "--" not in licence and not any("</script" in text for text in scripts.values())
+    assert "--" not in licences and "</script" not in code
 
     def allow(text):
         return f"'sha256-{base64.b64encode(hashlib.sha256(text.encode()).digest()).decode()}'"
@@ -247,16 +245,17 @@ def page():
     policy = "; ".join(
         [
             "default-src 'none'",
-            f"script-src {' '.join(map(allow, scripts.values()))}",
+            f"script-src {allow(code)}",
             f"style-src {allow(style)}",
             "img-src data:",
             "base-uri 'none'",
             "form-action 'none'",
         ]
     )
-    parts = scripts | {
+    parts = {
         "style": style,
-        "licence": licence,
+        "script": code,
+        "licences": licences,
         "data": data.replace("<", "\\u003c"),  # a text must not end the element that it is in
         "policy": policy,
         "made": f"data_tables {told['version']} of {told['date']}, catalogue {told['digest']}",

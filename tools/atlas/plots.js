@@ -1,5 +1,7 @@
 // The plots: rates and improvement, each in a figure of its own with the same ages.
 
+import uPlot from "uplot";
+
 import { agesOfView, tablesOf } from "./address.js";
 import { drawMarks, drawUnder } from "./canvas.js";
 import { byId, button, css, dark, el, save } from "./dom.js";
