@@ -1,10 +1,11 @@
 # Sourced by `dev check`: what keeps the tree clean, step by step. A step is silent when it finds
 # nothing. $preset is the build.
 
-steps=(shell python headers tidy stub documents publications atlas changelog types format spelling links)
+steps=(shell python javascript headers tidy stub documents publications atlas changelog types format spelling links)
 declare -A checks=(
   [shell]='the shell scripts'
   [python]='style and formatting of Python (ruff check --fix and ruff format mend most of it)'
+  [javascript]='style and formatting of JavaScript (biome check --write mends most of it)'
   [headers]='that each header compiles alone'
   [tidy]='clang-tidy (about a minute)'
   [stub]='the stub against the module'
@@ -47,6 +48,14 @@ quiet() {
 check_shell() { shellcheck --check-sourced dev .ci/run; }
 
 check_python() { ruff check --quiet --no-cache . && ruff format --quiet --no-cache --check .; }
+
+check_javascript() {
+  if [ -z "${DATA_TABLES_NPM:-}" ]; then
+    say 'NOT checked, because there is no npm: JavaScript'
+    return
+  fi
+  quiet "$DATA_TABLES_NPM"/@biomejs/cli-linux-*/biome check --error-on-warnings --colors=off
+}
 
 check_headers() {
   local include compiler headers

@@ -15,7 +15,9 @@ import { find, indexOf, nearest } from "../../tools/atlas/search.js";
 import { csvOf, fileName, sheetOf } from "../../tools/atlas/sheet.js";
 import { readAtlas } from "../../tools/atlas/tables.js";
 
-const { contents, rates, lives, priced, found, rows } = JSON.parse(readFileSync(process.env.ATLAS_FIGURES));
+const { contents, rates, lives, priced, found, rows } = JSON.parse(
+  readFileSync(process.env.ATLAS_FIGURES),
+);
 const atlas = readAtlas(contents);
 const viewOf = (address) => readAddress(address, atlas.tables).view;
 const near = (got, want, what) =>
@@ -38,7 +40,9 @@ test("lives are priced as published, and as Python does it", () => {
   const lifeOf = (address, key) => {
     const view = viewOf(address);
     const called = `${view.sides[0].table.name}.${key}`;
-    return pricedLives(view).find(({ life, words }) => (words ? words === key : life.key === called));
+    return pricedLives(view).find(({ life, words }) =>
+      words ? words === key : life.key === called,
+    );
   };
   for (const [address, key, what, digits, want] of lives) {
     const { own, period, ...of } = lifeOf(address, key);
@@ -90,11 +94,20 @@ test("a ratio is that of the same sex and duration, in one unit, projected", () 
     "projected",
   );
   const mixed = "table=GAM71&with=PER2020_Ind_1o";
-  for (const [name, series] of [["GAM71", "qx_f"], ["PER2020_Ind_1o", "qx_f"]]) {
+  for (const [name, series] of [
+    ["GAM71", "qx_f"],
+    ["PER2020_Ind_1o", "qx_f"],
+  ]) {
     near(valueAt(mixed, `${name} ${series}`, 65), storedAt(name, series, 65), "units in one plot");
   }
-  assert.deepEqual(timeAs("born", { kind: "year", year: 2026 }, 65, 2020), { kind: "born", year: 1961 });
-  assert.deepEqual(timeAs("year", { kind: "born", year: 1961 }, 65, 2020), { kind: "year", year: 2026 });
+  assert.deepEqual(timeAs("born", { kind: "year", year: 2026 }, 65, 2020), {
+    kind: "born",
+    year: 1961,
+  });
+  assert.deepEqual(timeAs("year", { kind: "born", year: 1961 }, 65, 2020), {
+    kind: "year",
+    year: 2026,
+  });
   assert.deepEqual(timeAs("born", { kind: "stored" }, 65, 2020), { kind: "born", year: 1955 });
 });
 
@@ -151,7 +164,18 @@ test("a number is read as it is meant, or not at all", () => {
   assert.equal(readAs("interest", "\u22120,25").value, -0.25);
   assert.equal(readAs("interest", ",5").value, 0.5);
   assert.equal(readAs("year", "2 026").value, 2026);
-  for (const text of ["", "x", "1.5.0", "1,234.5", "1 5", "1e1", "0x10", "%", "1,5 ‰", "Infinity"]) {
+  for (const text of [
+    "",
+    "x",
+    "1.5.0",
+    "1,234.5",
+    "1 5",
+    "1e1",
+    "0x10",
+    "%",
+    "1,5 ‰",
+    "Infinity",
+  ]) {
     assert.match(readAs("interest", text).problem, /is not a number/, text);
   }
   assert.match(readAs("age", "65 %", [0, 120]).problem, /is not a number/);

@@ -203,7 +203,7 @@ def npm(pattern):
 
 
 def script():
-    """page.js and what it imports as one text. The bundler is started as its install script would."""
+    """page.js and what it imports as one text, by the program that esbuild's package brings."""
     command = [
         npm("@esbuild/*/bin/esbuild"), PARTS / "page.js", "--bundle", "--minify", "--format=iife",
         "--charset=utf8", "--log-level=warning",

@@ -99,9 +99,7 @@ function sourcesOf(table) {
     title,
     el("dl.facts", facts),
     el("div.scroll", name, el("table", caption, el("thead", el("tr", heads)), el("tbody", rows))),
-    computed.length
-      ? el("p.computed", `Computed, not published: ${computed.join(", ")}.`)
-      : null,
+    computed.length ? el("p.computed", `Computed, not published: ${computed.join(", ")}.`) : null,
   ].filter(Boolean);
 }
 

@@ -55,7 +55,9 @@ function judge(id, view) {
   const { range, shown, kind = id } = FIELDS[id];
   const { value, problem } = readAs(kind, field.value, range?.(view));
   field.setAttribute("aria-invalid", Boolean(problem));
-  byId(`${id}-problem`).textContent = problem ? `${problem} Shown: ${shown(view) ?? "for life"}.` : "";
+  byId(`${id}-problem`).textContent = problem
+    ? `${problem} Shown: ${shown(view) ?? "for life"}.`
+    : "";
   return { value, problem };
 }
 
@@ -97,7 +99,9 @@ export function startControls() {
     const { time, age } = state.view;
     change({ time: timeAs(target.value, time, age, first) });
   });
-  byId("paid").append(...Object.entries(PAID).map(([value, text]) => el("option", { value }, text)));
+  byId("paid").append(
+    ...Object.entries(PAID).map(([value, text]) => el("option", { value }, text)),
+  );
   byId("paid").addEventListener("change", (event) => change({ paid: event.target.value }));
   const pairUp = () => {
     const keys = [byId("one").value, byId("two").value];

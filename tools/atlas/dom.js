@@ -9,7 +9,9 @@ export function el(tagAndClasses, ...rest) {
   const given = rest[0]?.constructor === Object ? rest.shift() : {};
   node.classList.add(...classes);
   for (const [key, value] of Object.entries(given)) node.setAttribute(key, value);
-  node.append(...rest.flat().filter((child) => child !== null && child !== undefined && child !== false));
+  node.append(
+    ...rest.flat().filter((child) => child !== null && child !== undefined && child !== false),
+  );
   return node;
 }
 

@@ -80,8 +80,12 @@ function headOfLife(view, { words, chance, life, age }) {
 
 // A row of the table, of what is priced along the life or by the rates of one year.
 function rowOf(told, group, columns, cellOf = null) {
-  const valueOf = (one) => one[group]?.[told.key].toFixed(told.digits) ?? "–";
-  return el("tr", headOf(told, group), ...columns.map((one) => el("td", (cellOf ?? valueOf)(one))));
+  const pricedOf = (one) => one[group]?.[told.key].toFixed(told.digits) ?? "–";
+  return el(
+    "tr",
+    headOf(told, group),
+    ...columns.map((one) => el("td", (cellOf ?? pricedOf)(one))),
+  );
 }
 
 function tableOf(view, columns) {
@@ -112,7 +116,9 @@ function decidersOf(view, tables, columns) {
   const then = yearAt(view.time, view.age);
   const notes = tables.flatMap((table) => {
     const select = table.facts.find(([what]) => what === "Select rates go by");
-    const grid = table.series.filter(({ kind, shape }) => kind === "improvement" && shape === "years");
+    const grid = table.series.filter(
+      ({ kind, shape }) => kind === "improvement" && shape === "years",
+    );
     const last = Math.max(...grid.map(({ label }) => Number(label)));
     const beyond = then !== null && grid.length && then + table.end - view.age > last;
     return [

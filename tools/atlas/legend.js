@@ -89,7 +89,9 @@ function columnLegend(view, table, column, all, side) {
   if (marked)
     set.append(
       el(
-        all.some(({ marks }) => marks.some(({ kind }) => kind !== "completed")) ? "p.warned" : "p.told",
+        all.some(({ marks }) => marks.some(({ kind }) => kind !== "completed"))
+          ? "p.warned"
+          : "p.told",
         marked,
       ),
     );

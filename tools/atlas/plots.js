@@ -87,7 +87,8 @@ function draw(kind) {
   figure.hidden = !tablesOf(view).some((table) => table.series.some((one) => one.kind === kind));
   if (figure.hidden) return;
 
-  const drawing = (drawings[kind] = drawingOf(view, kind));
+  const drawing = drawingOf(view, kind);
+  drawings[kind] = drawing;
   const { lines, axis } = drawing;
   figure.querySelector("h3").textContent = drawing.title;
   figure.querySelector(".axis").textContent = `↑ ${axis}`;

@@ -14,7 +14,11 @@ function partsOf(name) {
 }
 
 // Words that say nothing in a question of several words.
-const IDLE = new Set(wordsOf("de la el los las del y en of the for and or with a an in on by to table tables tabla tablas tafel"));
+const IDLE = new Set(
+  wordsOf(
+    "de la el los las del y en of the for and or with a an in on by to table tables tabla tablas tafel",
+  ),
+);
 
 // How a word is found: whole in a name or in our words, whole in other texts, at the beginning of a
 // word, within one; and what that is worth. 0 is not at all.
@@ -43,7 +47,7 @@ function entryOf(table) {
   const said = new Set(text.split(" "));
   for (const [first, ...others] of SYNONYMS) {
     if (!` ${text} `.includes(` ${plain(first)} `)) continue;
-    for (const other of others) wordsOf(other).forEach((word) => said.add(word));
+    for (const word of others.flatMap(wordsOf)) said.add(word);
   }
   const others = NAMES.filter(([pattern]) => pattern.test(table.name)).flatMap(([pattern, name]) =>
     name.split(" ").map((each) => table.name.replace(pattern, each)),

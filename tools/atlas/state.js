@@ -9,7 +9,9 @@ export const state = { view: null, said: [] };
 
 const listeners = { tables: [], choice: [] };
 export const on = (what, listener) => listeners[what].push(listener);
-const tell = (what) => listeners[what].forEach((listener) => listener(state.view));
+const tell = (what) => {
+  for (const listener of listeners[what]) listener(state.view);
+};
 
 // The view of the address: as when the page is opened, or the way back is taken.
 export function openAddress() {

@@ -38,7 +38,7 @@ function tableFrom(given, lists) {
   }
   for (const all of table.columns.values()) {
     const shape = shapeOf(all);
-    all.forEach((one, index) => Object.assign(one, { index, of: all.length, shape }));
+    for (const [index, one] of all.entries()) Object.assign(one, { index, of: all.length, shape });
   }
   table.marks = table.series.flatMap((one) => one.marks);
   table.reconstructed = table.marks.find((mark) => mark.kind === "reconstructed") ?? null;
