@@ -212,7 +212,7 @@ def scaled(folder, factor):
             sys.exit(f"bench: {name} no longer holds what the growth replaces: {pattern}")
 
     body, inventory = "tables/body.hpp", "tables/inventory.hpp"
-    recipes = "tables/payload/recipes.hpp"
+    plans = "tables/payload/plans.hpp"
     copies, statements = [], []
     names = re.findall(r'^    "(.*)",$', sources[inventory], re.MULTILINE)
     bound = re.findall(r"^    (table|call)\((.*)\),$", sources[body], re.MULTILINE)
@@ -233,8 +233,8 @@ def scaled(folder, factor):
     names += [f"{name}_{copy}" for copy in range(1, factor) for name in names]
     change(inventory, r'(^    ".*",\n)+', "".join(f'    "{name}",\n' for name in names))
     # Room for more; indices of 32 bits, because 16 do not reach.
-    change(recipes, "tables = 100;", f"tables = {factor} * 100;")
-    change(recipes, "using Index = std::uint16_t", "using Index = std::uint32_t")
+    change(plans, "tables = 100;", f"tables = {factor} * 100;")
+    change(plans, "using Index = std::uint16_t", "using Index = std::uint32_t")
 
     for name, text in sources.items():
         write(folder / "source" / name, text)

@@ -1,9 +1,9 @@
 // The module's entry, its create step and its exec step.
 
+#include "body_plan.hpp"
 #include "docstring.hpp"
 #include "interpreter/guard.hpp"
 #include "payload/context.hpp"
-#include "resolved_body.hpp"
 #include "run_body.hpp"
 
 #include <atomic>
@@ -127,20 +127,20 @@ void register_short_name(PyObject *module) {
 
 // How far the exec step has come, for the traceback of its failure.
 struct Progress {
-  int line = 0; // of the statement at work; 0 while the module has no literals
+  int line = 0; // of the statement at work; 0 while the module has no constants
 };
 
 void bring_to_life(PyObject *module, Progress &progress) {
   state().module = Reference::borrow(module);
-  const auto live = std::make_shared<Context>(Context{.recipes = resolved_body.recipes});
+  const auto live = std::make_shared<Context>(Context{.plans = body_plan.plans});
   Reference builtins = Reference::steal(PyImport_AddModuleRef("builtins"));
   check(PyObject_SetAttrString(module, "__builtins__", builtins.get()));
   live->names = Namespace(Reference::borrow(PyModule_GetDict(module)), std::move(builtins));
   warn_of_other_version();
-  live->literals = LiteralObjects(resolved_body.recipes, resolved_body.floats);
-  progress.line = resolved_body.short_name_line;
+  live->constants = ConstantObjects(body_plan.plans, body_plan.floats);
+  progress.line = body_plan.short_name_line;
   register_short_name(module);
-  progress.line = resolved_body.builtins_line;
+  progress.line = body_plan.builtins_line;
   live->builtins = Builtins::find(live->names);
   state().live = live;
   run_body(*live, progress.line);

@@ -1,7 +1,7 @@
 #include "run_body.hpp"
 
-#include "payload/recipe_to_object.hpp"
-#include "resolved_body.hpp"
+#include "body_plan.hpp"
+#include "payload/object_maker.hpp"
 
 namespace marlune::tables {
 
@@ -9,18 +9,18 @@ namespace {
 
 Reference new_function(const Context &context, PyMethodDef *method) {
   return Reference::steal(
-      PyCFunction_NewEx(method, nullptr, context.literals[resolved_body.module_name]));
+      PyCFunction_NewEx(method, nullptr, context.constants[body_plan.module_name]));
 }
 
 Reference call_attribute(const Context &context, Index name) {
-  const Reference function = context.names.find(context.literals[name]);
+  const Reference function = context.names.find(context.constants[name]);
   return Reference::steal(PyObject_CallNoArgs(function.get()));
 }
 
 Reference new_inventory(const Context &context) {
   Reference tables = Reference::steal(PyDict_New());
-  for (const Index constant : resolved_body.inventory) {
-    PyObject *const name = context.literals[constant];
+  for (const Index constant : body_plan.inventory) {
+    PyObject *const name = context.constants[constant];
     set_item(tables, name, context.names.find(name).get());
   }
   return tables;
@@ -30,9 +30,9 @@ Reference value_of(const Step &step, const Context &context) {
   const ObjectMaker maker(context);
   switch (step.kind) {
   case Statement::Kind::table:
-    return maker.payload(step.recipe);
+    return maker.payload(step.plan);
   case Statement::Kind::base_vector:
-    return maker.list(step.recipe);
+    return maker.list(step.plan);
   case Statement::Kind::function:
     return new_function(context, step.function);
   case Statement::Kind::call:
@@ -48,9 +48,9 @@ Reference value_of(const Step &step, const Context &context) {
 } // namespace
 
 void run_body(const Context &context, int &line) {
-  for (const Step &step : resolved_body.steps) {
+  for (const Step &step : body_plan.steps) {
     line = step.line;
-    context.names.bind(context.literals[step.name], value_of(step, context));
+    context.names.bind(context.constants[step.name], value_of(step, context));
   }
 }
 

@@ -1,12 +1,12 @@
 #include "dav2004r/functions.hpp"
 
 #include "dav2004r/arguments.hpp"
-#include "dav2004r/ingredients.hpp"
+#include "dav2004r/operands.hpp"
 #include "dav2004r/rules.hpp"
 #include "interpreter/arithmetic.hpp"
 #include "interpreter/guard.hpp"
 #include "interpreter/lists.hpp"
-#include "payload/recipe_to_object.hpp"
+#include "payload/object_maker.hpp"
 
 #include <algorithm>
 
@@ -81,13 +81,13 @@ Reference year_key(const Context *context, int year) {
     return Reference::steal(PyLong_FromLong(year));
   }
   const auto later = static_cast<std::size_t>(year - first_year);
-  return Reference::borrow(context->literals[index_of(ingredients.first_year + later)]);
+  return Reference::borrow(context->constants[index_of(operands.first_year + later)]);
 }
 
 // Whose trends these are, when they still are those of the publication.
-const SexIngredients *known_sex(const Context &context, const TrendArguments &trends) {
+const SexOperands *known_sex(const Context &context, const TrendArguments &trends) {
   const ObjectMaker maker(context);
-  for (const SexIngredients *const sex : {&ingredients.m, &ingredients.f}) {
+  for (const SexOperands *const sex : {&operands.m, &operands.f}) {
     if (maker.is_known(trends.start, sex->start_2o) &&
         maker.is_known(trends.target, sex->target_2o)) {
       return sex;
@@ -97,7 +97,7 @@ const SexIngredients *known_sex(const Context &context, const TrendArguments &tr
 }
 
 Reference improvement_grid(const Context *context, const TrendArguments &trends) {
-  const SexIngredients *const known = context != nullptr ? known_sex(*context, trends) : nullptr;
+  const SexOperands *const known = context != nullptr ? known_sex(*context, trends) : nullptr;
   Reference grid = Reference::steal(PyDict_New());
   const auto add = [&](int year, const Reference &rates) {
     set_item(grid, year_key(context, year).get(), rates.get());
@@ -133,17 +133,14 @@ struct SexLists {
 
 struct Source {
   Reference SexLists::*list;
-  Index SexIngredients::*recipe;
+  Index SexOperands::*plan;
 };
 // In the order in which the lists are built, males first.
 constexpr Source sources[] = {
-    {&SexLists::agg_1o, &SexIngredients::agg_1o},
-    {&SexLists::trend_1o, &SexIngredients::trend_1o},
-    {&SexLists::agg_2o, &SexIngredients::agg_2o},
-    {&SexLists::start_2o, &SexIngredients::start_2o},
-    {&SexLists::target_2o, &SexIngredients::target_2o},
-    {&SexLists::ult_1o, &SexIngredients::ult_1o},
-    {&SexLists::ult_2o, &SexIngredients::ult_2o},
+    {&SexLists::agg_1o, &SexOperands::agg_1o},       {&SexLists::trend_1o, &SexOperands::trend_1o},
+    {&SexLists::agg_2o, &SexOperands::agg_2o},       {&SexLists::start_2o, &SexOperands::start_2o},
+    {&SexLists::target_2o, &SexOperands::target_2o}, {&SexLists::ult_1o, &SexOperands::ult_1o},
+    {&SexLists::ult_2o, &SexOperands::ult_2o},
 };
 
 // A select duration: the ultimate rate times the factor at every age, the last one included.
@@ -153,33 +150,33 @@ Reference select_duration(const Reference &ultimate, PyObject *factor) {
   return std::move(items).list();
 }
 
-// `known` are the lists of its durations for an ultimate column that is that of the recipe.
-Reference select_mapping(const Context &context, const Reference &ultimate, Index recipe,
+// `known` are the lists of its durations for an ultimate column that is that of the plan.
+Reference select_mapping(const Context &context, const Reference &ultimate, Index plan,
                          const ByDuration &known, const ByDuration &factors) {
   const ObjectMaker maker(context);
   // Until the mapping is full: making known lists runs nobody else's code.
-  const bool is_known = maker.is_known(ultimate.get(), recipe);
+  const bool is_known = maker.is_known(ultimate.get(), plan);
   Reference mapping = Reference::steal(PyDict_New());
   for (std::size_t index = 0; index < factors.size(); ++index) {
     const Reference rates = is_known ? maker.list(known[index])
-                                     : select_duration(ultimate, context.literals[factors[index]]);
-    set_item(mapping, context.literals[ingredients.durations[index]], rates.get());
+                                     : select_duration(ultimate, context.constants[factors[index]]);
+    set_item(mapping, context.constants[operands.durations[index]], rates.get());
   }
-  set_item(mapping, context.literals[ingredients.ult], ultimate.get());
+  set_item(mapping, context.constants[operands.ult], ultimate.get());
   return mapping;
 }
 
-Reference select_1o(const Context &context, const SexLists &lists, const SexIngredients &sex) {
+Reference select_1o(const Context &context, const SexLists &lists, const SexOperands &sex) {
   return select_mapping(context, lists.ult_1o, sex.ult_1o, sex.select_1o, sex.factors);
 }
 
-Reference select_2o(const Context &context, const SexLists &lists, const SexIngredients &sex) {
+Reference select_2o(const Context &context, const SexLists &lists, const SexOperands &sex) {
   return select_mapping(context, lists.ult_2o, sex.ult_2o, sex.select_2o, sex.factors);
 }
 
 // The blend of two trends, by whatever the module's attribute holds at this moment.
 Reference call_blending(const Context &context, const Reference &start, const Reference &target) {
-  const Reference function = context.names.find(context.literals[ingredients.blending]);
+  const Reference function = context.names.find(context.constants[operands.blending]);
   PyObject *const arguments[] = {start.get(), target.get()};
   return Reference::steal(PyObject_Vectorcall(function.get(), arguments, 2, nullptr));
 }
@@ -187,10 +184,10 @@ Reference call_blending(const Context &context, const Reference &start, const Re
 Reference table_data(const Context &context, const Reference &qx_m, const Reference &qx_f,
                      const Reference &mi_m, const Reference &mi_f) {
   Reference data = Reference::steal(PyDict_New());
-  set_item(data, context.literals[ingredients.m.qx], qx_m.get());
-  set_item(data, context.literals[ingredients.f.qx], qx_f.get());
-  set_item(data, context.literals[ingredients.m.mi], mi_m.get());
-  set_item(data, context.literals[ingredients.f.mi], mi_f.get());
+  set_item(data, context.constants[operands.m.qx], qx_m.get());
+  set_item(data, context.constants[operands.f.qx], qx_f.get());
+  set_item(data, context.constants[operands.m.mi], mi_m.get());
+  set_item(data, context.constants[operands.f.mi], mi_f.get());
   return data;
 }
 
@@ -199,8 +196,8 @@ Reference all_data(const Context &context) {
   SexLists f;
   const ObjectMaker maker(context);
   for (const Source &source : sources) {
-    m.*source.list = maker.list(ingredients.m.*source.recipe);
-    f.*source.list = maker.list(ingredients.f.*source.recipe);
+    m.*source.list = maker.list(operands.m.*source.plan);
+    f.*source.list = maker.list(operands.f.*source.plan);
   }
   const Reference grid_m = call_blending(context, m.start_2o, m.target_2o);
   const Reference grid_f = call_blending(context, f.start_2o, f.target_2o);
@@ -208,16 +205,16 @@ Reference all_data(const Context &context) {
   // The select tables hold the improvement columns of the aggregate tables of their order.
   Reference all = Reference::steal(PyDict_New());
   const auto add = [&](Index key, const Reference &data) {
-    set_item(all, context.literals[key], data.get());
+    set_item(all, context.constants[key], data.get());
   };
-  add(ingredients.agg_1o, table_data(context, m.agg_1o, f.agg_1o, m.trend_1o, f.trend_1o));
-  add(ingredients.agg_2o, table_data(context, m.agg_2o, f.agg_2o, grid_m, grid_f));
-  const Reference sel_1o_m = select_1o(context, m, ingredients.m);
-  const Reference sel_1o_f = select_1o(context, f, ingredients.f);
-  add(ingredients.sel_ult_1o, table_data(context, sel_1o_m, sel_1o_f, m.trend_1o, f.trend_1o));
-  const Reference sel_2o_m = select_2o(context, m, ingredients.m);
-  const Reference sel_2o_f = select_2o(context, f, ingredients.f);
-  add(ingredients.sel_ult_2o, table_data(context, sel_2o_m, sel_2o_f, grid_m, grid_f));
+  add(operands.agg_1o, table_data(context, m.agg_1o, f.agg_1o, m.trend_1o, f.trend_1o));
+  add(operands.agg_2o, table_data(context, m.agg_2o, f.agg_2o, grid_m, grid_f));
+  const Reference sel_1o_m = select_1o(context, m, operands.m);
+  const Reference sel_1o_f = select_1o(context, f, operands.f);
+  add(operands.sel_ult_1o, table_data(context, sel_1o_m, sel_1o_f, m.trend_1o, f.trend_1o));
+  const Reference sel_2o_m = select_2o(context, m, operands.m);
+  const Reference sel_2o_f = select_2o(context, f, operands.f);
+  add(operands.sel_ult_2o, table_data(context, sel_2o_m, sel_2o_f, grid_m, grid_f));
   return all;
 }
 

@@ -2,20 +2,20 @@
 
 #include "interpreter/builtins.hpp"
 #include "interpreter/namespace.hpp"
-#include "payload/literal_objects.hpp"
+#include "payload/constant_objects.hpp"
 
 #include <memory>
 
 namespace marlune::tables {
 
-// What objects are made from: the recipes, one object for every literal in them, and the names and
+// What objects are made from: the plans, one object for every constant of theirs, and the names and
 // builtins that they find at import. The module has it from before the first statement of its body,
 // and after a successful import for ever. A failed import gives it up; a function that still runs
 // then keeps its share.
 struct Context {
-  const Recipes &recipes;
+  const Plans &plans;
   Namespace names{};
-  LiteralObjects literals{};
+  ConstantObjects constants{};
   Builtins builtins{};
 };
 

@@ -3,7 +3,7 @@
 // The numbers of a list, from its description: the one place where a rule of rates stands for the
 // compiler. Products and sums are those of the interpreter, in the same order and rounding: where
 // others have changed what a rule starts from, the import follows it by the interpreter's arithmetic
-// (payload/recipe_to_object.cpp), and comes to the same bits where they have not.
+// (payload/object_maker.cpp), and comes to the same bits where they have not.
 
 #include "payload/record.hpp"
 #include "payload/rounds_each_operation.hpp"

@@ -2,8 +2,8 @@
 
 // The payload record: how a table of the module is described. A description is a constexpr value
 // that exists for the compiler only: it is proved (payload/invariants.hpp), then resolved into a
-// compact recipe (payload/description_to_recipe.hpp), from which the import makes the interpreter's
-// objects (payload/recipe_to_object.hpp).
+// plan (payload/plan_builder.hpp), from which the import makes the interpreter's
+// objects (payload/object_maker.hpp).
 
 #include "payload/bounded.hpp"
 

@@ -1,4 +1,4 @@
-#include "payload/literal_objects.hpp"
+#include "payload/constant_objects.hpp"
 
 #include <algorithm>
 #include <cstddef>
@@ -14,12 +14,12 @@ namespace marlune::tables {
 
 namespace {
 
-Reference text_object(const TextRecipe &recipe, const char *bytes) {
-  const Py_ssize_t length = recipe.length;
-  PyObject *text = recipe.kind == TextRecipe::Kind::other
+Reference text_object(const TextPlan &plan, const char *bytes) {
+  const Py_ssize_t length = plan.length;
+  PyObject *text = plan.kind == TextPlan::Kind::other
                        ? PyUnicode_FromStringAndSize(bytes, length)
                        : PyUnicode_FromKindAndData(PyUnicode_1BYTE_KIND, bytes, length);
-  if (text != nullptr && recipe.kind == TextRecipe::Kind::identifier) {
+  if (text != nullptr && plan.kind == TextPlan::Kind::identifier) {
     PyUnicode_InternInPlace(&text);
   }
   Reference owned = Reference::steal(text);
@@ -51,23 +51,23 @@ void populate([[maybe_unused]] std::span<PyFloatObject> floats) {
 
 } // namespace
 
-LiteralObjects::LiteralObjects(const Recipes &recipes, std::span<PyFloatObject> floats)
+ConstantObjects::ConstantObjects(const Plans &plans, std::span<PyFloatObject> floats)
     : floats_(floats) {
   require_known_layout();
   populate(floats);
-  std::ranges::transform(recipes.floats, floats.begin(), [](double value) {
+  std::ranges::transform(plans.floats, floats.begin(), [](double value) {
     return PyFloatObject{PyObject_HEAD_INIT(&PyFloat_Type) value};
   });
-  objects_.reserve(constant::first_text + recipes.texts.size());
+  objects_.reserve(constant::first_text + plans.texts.size());
   for (PyObject *const singleton : {Py_None, Py_False, Py_True}) {
     objects_.push_back(Reference::borrow(singleton));
   }
-  for (const int value : recipes.ints) {
+  for (const int value : plans.ints) {
     objects_.push_back(Reference::steal(PyLong_FromLong(value)));
   }
   objects_.resize(constant::first_text);
-  const char *bytes = recipes.text_bytes.data();
-  for (const TextRecipe &text : recipes.texts) {
+  const char *bytes = plans.text_bytes.data();
+  for (const TextPlan &text : plans.texts) {
     objects_.push_back(text_object(text, bytes));
     bytes += text.length;
   }

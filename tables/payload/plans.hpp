@@ -1,9 +1,9 @@
 #pragma once
 
-// Recipes: what the compiler makes of descriptions and the import makes objects from. Every
-// distinct number and text of all descriptions is one constant; every list, column and payload is a
-// few indices. The import then needs no lookup to let all the slots that hold a literal share one
-// object.
+// Plans: what the compiler makes of descriptions and the import makes objects from. Every distinct
+// number and text of all descriptions stands once in a pool of constants; the plan of a list, column
+// or payload is a few indices. So the import lets all the slots that hold a constant share one
+// object, without a lookup.
 
 #include "payload/record.hpp"
 
@@ -19,7 +19,7 @@ using Index = std::uint16_t;
 // Every narrowing to an index goes through here: what grows does not wrap.
 constexpr Index index_of(std::size_t number) {
   if (number > std::numeric_limits<Index>::max()) {
-    throw "more constants, slots or recipes than an Index can count: make it wider";
+    throw "more constants, slots or plans than an Index can count: make it wider";
   }
   return static_cast<Index>(number);
 }
@@ -48,7 +48,7 @@ inline constexpr std::size_t first_float = first_text + room::texts;
 } // namespace constant
 
 // One text: the next `length` bytes of all texts, UTF-8.
-struct TextRecipe {
+struct TextPlan {
   enum class Kind : std::uint8_t {
     identifier, // ASCII letters, digits and underscores alone: interned
     ascii,
@@ -62,7 +62,7 @@ struct TextRecipe {
 // One list: the range of slots that hold the constants of its entries, floats all of them but perhaps
 // the last. A list that is computed from a base vector has what its rule needs besides, for an import
 // at which the vector is no longer what the compiler computed from.
-struct ListRecipe {
+struct ListPlan {
   Rates::Origin origin = Rates::Origin::literal;
   Index first = 0;
   Index length = 0;
@@ -72,46 +72,46 @@ struct ListRecipe {
   Index closing = 0;    // constant: 1.0 of capped rates, 0.0 of proportional ones
 };
 
-struct EntryRecipe {
+struct EntryPlan {
   Index label = 0; // constant
   Index list = 0;
 };
 
-struct ColumnRecipe {
+struct ColumnPlan {
   Index key = 0; // constant
   Shape shape = Shape::flat;
   Index first_entry = 0;
   Index entries = 0;
 };
 
-struct FieldRecipe {
+struct FieldPlan {
   Index key = 0;   // constant
   Index value = 0; // constant
 };
 
-struct PayloadRecipe {
+struct PayloadPlan {
   Index first_field = 0;
   Index fields = 0;
   Index first_column = 0;
   Index columns = 0;
   Index data_key = 0; // constant: "data"
-  // Constants: where "data" comes from when the payload has no columns of its own.
+  // ConstantPool: where "data" comes from when the payload has no columns of its own.
   Index source_attribute = 0;
   Index source_key = 0;
 };
 
 // All of them.
-struct Recipes {
+struct Plans {
   std::span<const int> ints;
   std::span<const char> text_bytes;
-  std::span<const TextRecipe> texts;
+  std::span<const TextPlan> texts;
   std::span<const double> floats;
   std::span<const Index> slots;
-  std::span<const ListRecipe> lists;
-  std::span<const EntryRecipe> entries;
-  std::span<const ColumnRecipe> columns;
-  std::span<const FieldRecipe> fields;
-  std::span<const PayloadRecipe> payloads;
+  std::span<const ListPlan> lists;
+  std::span<const EntryPlan> entries;
+  std::span<const ColumnPlan> columns;
+  std::span<const FieldPlan> fields;
+  std::span<const PayloadPlan> payloads;
 };
 
 } // namespace marlune::tables

@@ -1,8 +1,8 @@
 #pragma once
 
-// What the two functions take out of the module's constants and lists, found by the compiler.
+// What the two functions work on: indices of constants and lists, resolved by the compiler.
 
-#include "payload/recipes.hpp"
+#include "payload/plans.hpp"
 
 #include <array>
 
@@ -10,7 +10,7 @@ namespace marlune::tables::dav2004r {
 
 using ByDuration = std::array<Index, 5>;
 
-struct SexIngredients {
+struct SexOperands {
   Index qx, mi; // constants: the keys of the columns
   // Lists: the literal columns, then what the compiler has computed from them.
   Index agg_1o, agg_2o, ult_1o, ult_2o, trend_1o, start_2o, target_2o;
@@ -19,14 +19,14 @@ struct SexIngredients {
   ByDuration factors;            // constants
 };
 
-struct Ingredients {
+struct Operands {
   Index first_year;                             // constant; the other years follow it
   ByDuration durations;                         // constants
   Index ult, blending;                          // constants
   Index agg_1o, agg_2o, sel_ult_1o, sel_ult_2o; // constants: the keys of the tables
-  SexIngredients m, f;
+  SexOperands m, f;
 };
 
-extern const Ingredients ingredients;
+extern const Operands operands;
 
 } // namespace marlune::tables::dav2004r

@@ -1,9 +1,9 @@
-#include "resolved_body.hpp"
+#include "body_plan.hpp"
 
 #include "body.hpp"
-#include "dav2004r/resolve_ingredients.hpp"
+#include "dav2004r/resolve_operands.hpp"
 #include "inventory.hpp"
-#include "payload/description_to_recipe.hpp"
+#include "payload/plan_builder.hpp"
 
 #include <algorithm>
 #include <array>
@@ -26,27 +26,27 @@ static_assert([] {
 }());
 
 struct Resolved {
-  Cookbook cookbook;
-  dav2004r::Ingredients ingredients{};
+  PlanBuilder builder;
+  dav2004r::Operands operands{};
   std::array<Step, std::size(body)> steps{};
   std::array<Index, std::size(inventory_names)> inventory{};
   Index module_name = 0;
 };
 
-constexpr Step resolve(const Statement &statement, Cookbook &cookbook) {
+constexpr Step resolve(const Statement &statement, PlanBuilder &builder) {
   Step step{.kind = statement.kind,
-            .name = cookbook.constants.add(statement.name),
+            .name = builder.constants.add(statement.name),
             .function = statement.function,
             .line = static_cast<int>(statement.place.line())};
   switch (statement.kind) {
   case Statement::Kind::table:
-    step.recipe = cookbook.add(*statement.payload);
+    step.plan = builder.add(*statement.payload);
     break;
   case Statement::Kind::base_vector:
-    step.recipe = cookbook.add(literal(statement.base_vector->rates));
+    step.plan = builder.add(literal(statement.base_vector->rates));
     break;
   case Statement::Kind::call:
-    step.callee = cookbook.constants.add(statement.callee);
+    step.callee = builder.constants.add(statement.callee);
     break;
   case Statement::Kind::function:
   case Statement::Kind::inventory:
@@ -58,32 +58,32 @@ constexpr Step resolve(const Statement &statement, Cookbook &cookbook) {
 
 constexpr Resolved resolved = [] {
   Resolved result;
-  Cookbook &cookbook = result.cookbook;
+  PlanBuilder &builder = result.builder;
   // First, because its years have to follow each other.
-  result.ingredients = dav2004r::resolve_ingredients(cookbook);
+  result.operands = dav2004r::resolve_operands(builder);
   std::ranges::transform(body, result.steps.begin(),
-                         [&](const Statement &statement) { return resolve(statement, cookbook); });
+                         [&](const Statement &statement) { return resolve(statement, builder); });
   std::ranges::transform(inventory_names, result.inventory.begin(),
-                         [&](std::string_view name) { return cookbook.constants.add(name); });
-  result.module_name = cookbook.constants.add("data_tables");
+                         [&](std::string_view name) { return builder.constants.add(name); });
+  result.module_name = builder.constants.add("data_tables");
   return result;
 }();
 
-constexpr TextRecipe recipe_of(std::string_view text) {
-  TextRecipe recipe{.length = index_of(text.size()), .kind = TextRecipe::Kind::identifier};
+constexpr TextPlan plan_of(std::string_view text) {
+  TextPlan plan{.length = index_of(text.size()), .kind = TextPlan::Kind::identifier};
   for (const char letter : text) {
     const bool of_identifier = (letter >= 'a' && letter <= 'z') ||
                                (letter >= 'A' && letter <= 'Z') ||
                                (letter >= '0' && letter <= '9') || letter == '_';
     if (static_cast<unsigned char>(letter) >= 0x80U) {
-      recipe.kind = TextRecipe::Kind::other;
+      plan.kind = TextPlan::Kind::other;
       break;
     }
     if (!of_identifier) {
-      recipe.kind = TextRecipe::Kind::ascii;
+      plan.kind = TextPlan::Kind::ascii;
     }
   }
-  return recipe;
+  return plan;
 }
 
 // What the binary holds: each sequence cut to its length.
@@ -94,7 +94,7 @@ constexpr std::array<T, Size> cut_to_length(const Bounded<T, Room> &items) {
   return exact;
 }
 
-constexpr const Cookbook &all = resolved.cookbook;
+constexpr const PlanBuilder &all = resolved.builder;
 constexpr const auto &all_ints = all.constants.ints.items();
 constexpr const auto &all_texts = all.constants.texts.items();
 constexpr const auto &all_floats = all.constants.floats.items();
@@ -115,9 +115,9 @@ constexpr auto text_bytes = [] {
   return bytes;
 }();
 constexpr auto texts = [] {
-  std::array<TextRecipe, all_texts.size()> recipes{};
-  std::ranges::transform(all_texts, recipes.begin(), recipe_of);
-  return recipes;
+  std::array<TextPlan, all_texts.size()> plans{};
+  std::ranges::transform(all_texts, plans.begin(), plan_of);
+  return plans;
 }();
 constexpr auto floats = std::bit_cast<std::array<double, all_floats.size()>>(
     cut_to_length<all_floats.size()>(all_floats));
@@ -134,8 +134,8 @@ PyFloatObject float_objects[floats.size()];
 
 } // namespace
 
-constexpr ResolvedBody resolved_body{
-    .recipes = {ints, text_bytes, texts, floats, slots, lists, entries, columns, fields, payloads},
+constexpr BodyPlan body_plan{
+    .plans = {ints, text_bytes, texts, floats, slots, lists, entries, columns, fields, payloads},
     .floats = float_objects,
     .steps = steps,
     .inventory = inventory_constants,
@@ -145,7 +145,7 @@ constexpr ResolvedBody resolved_body{
 };
 
 namespace dav2004r {
-constexpr Ingredients ingredients = resolved.ingredients;
+constexpr Operands operands = resolved.operands;
 }
 
 } // namespace marlune::tables

@@ -1,25 +1,25 @@
 #pragma once
 
-// The body and all that it holds, as the compiler leaves them to the import: resolved_body.cpp, the
-// only file compiled that reads descriptions.
+// The plan of the body and of all that it holds, which the compiler leaves to the import:
+// body_plan.cpp, the only file compiled that reads descriptions.
 
-#include "payload/recipes.hpp"
+#include "payload/plans.hpp"
 #include "statement.hpp"
 
 namespace marlune::tables {
 
-// A statement of the body in terms of constants and recipes.
+// A statement of the body in terms of constants and plans.
 struct Step {
   Statement::Kind kind = Statement::Kind::empty_dict;
   Index name = 0;   // constant
-  Index recipe = 0; // of a table its payload recipe, of a base vector its list recipe
+  Index plan = 0;   // of a table its payload plan, of a base vector its list plan
   Index callee = 0; // constant
   PyMethodDef *function = nullptr;
   int line = 0;
 };
 
-struct ResolvedBody {
-  Recipes recipes;
+struct BodyPlan {
+  Plans plans;
   std::span<PyFloatObject> floats; // the memory of the float objects, for the import to fill in
   std::span<const Step> steps;
   std::span<const Index> inventory; // constants: the names of the tables
@@ -29,6 +29,6 @@ struct ResolvedBody {
   int builtins_line;
 };
 
-extern const ResolvedBody resolved_body;
+extern const BodyPlan body_plan;
 
 } // namespace marlune::tables

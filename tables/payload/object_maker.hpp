@@ -1,13 +1,13 @@
 #pragma once
 
-// From recipes to interpreter objects. A flat column is one list; a select mapping, a year grid and
+// From plans to interpreter objects. A flat column is one list; a select mapping, a year grid and
 // a duration grid are dicts of lists that differ in their keys alone.
 
 #include "payload/context.hpp"
 
 namespace marlune::tables {
 
-// By the index of a recipe.
+// By the index of a plan.
 class ObjectMaker {
 public:
   explicit ObjectMaker(const Context &context) : context_(context) {}
@@ -18,18 +18,18 @@ public:
   // A list of rates by age. Only the list of a base vector is passed on; every other is new.
   [[nodiscard]] Reference list(Index index) const;
 
-  // Whether the list still is what the compiler computed from: the very objects of that recipe, with
+  // Whether the list still is what the compiler computed from: the very objects of that plan, with
   // the interpreter's own builtins. Then what it computed is what the rule would give now.
   [[nodiscard]] bool is_known(PyObject *list, Index index) const;
 
 private:
-  [[nodiscard]] Reference data(const PayloadRecipe &recipe) const;
-  [[nodiscard]] Reference column(const ColumnRecipe &recipe) const;
-  [[nodiscard]] Reference mapping(const ColumnRecipe &recipe) const;
+  [[nodiscard]] Reference data(const PayloadPlan &plan) const;
+  [[nodiscard]] Reference column(const ColumnPlan &plan) const;
+  [[nodiscard]] Reference mapping(const ColumnPlan &plan) const;
 
   [[nodiscard]] bool is_known(PyObject *list, Index first, Index length) const;
-  [[nodiscard]] Reference known_list(const ListRecipe &recipe) const;
-  [[nodiscard]] Reference computed_list(const ListRecipe &recipe, const Reference &base) const;
+  [[nodiscard]] Reference known_list(const ListPlan &plan) const;
+  [[nodiscard]] Reference computed_list(const ListPlan &plan, const Reference &base) const;
 
   const Context &context_;
 };

@@ -1,9 +1,9 @@
 #pragma once
 
-// From descriptions to recipes, by the compiler.
+// From descriptions to plans, by the compiler.
 
 #include "payload/numbers.hpp"
-#include "payload/recipes.hpp"
+#include "payload/plans.hpp"
 
 #include <algorithm>
 #include <array>
@@ -54,8 +54,8 @@ private:
   Index table_[places]{};
 };
 
-// The distinct constants.
-struct Constants {
+// The pool of constants.
+struct ConstantPool {
   Distinct<int, room::ints, constant::first_int> ints;
   Distinct<std::string_view, room::texts, constant::first_text> texts;
   Distinct<std::uint64_t, room::floats, constant::first_float> floats; // by their bits
@@ -68,57 +68,57 @@ struct Constants {
   }
 };
 
-// Takes descriptions in, one after the other; what `add` returns is the index of its recipe.
-class Cookbook {
+// Takes descriptions in, one after the other; what `add` returns is the index of its plan.
+class PlanBuilder {
 public:
-  Constants constants;
+  ConstantPool constants;
   Bounded<Index, room::slots> slots;
-  Bounded<ListRecipe, room::lists> lists;
-  Bounded<EntryRecipe, room::lists> entries;
-  Bounded<ColumnRecipe, room::columns> columns;
-  Bounded<FieldRecipe, room::fields> fields;
-  Bounded<PayloadRecipe, room::tables> payloads;
+  Bounded<ListPlan, room::lists> lists;
+  Bounded<EntryPlan, room::lists> entries;
+  Bounded<ColumnPlan, room::columns> columns;
+  Bounded<FieldPlan, room::fields> fields;
+  Bounded<PayloadPlan, room::tables> payloads;
 
   constexpr Index add(const Payload &table) {
-    PayloadRecipe recipe;
-    recipe.first_field = index_of(fields.size());
-    recipe.fields = index_of(table.order.size());
+    PayloadPlan plan;
+    plan.first_field = index_of(fields.size());
+    plan.fields = index_of(table.order.size());
     for (const Key key : table.order) {
       fields.push_back({.key = constants.add(text_of(key)), .value = value_of(key, table)});
     }
-    recipe.first_column = index_of(columns.size());
-    recipe.columns = index_of(table.data.size());
+    plan.first_column = index_of(columns.size());
+    plan.columns = index_of(table.data.size());
     for (const Column &column : table.data) {
       add(column);
     }
-    recipe.data_key = constants.add("data");
+    plan.data_key = constants.add("data");
     if (table.data_source) {
-      recipe.source_attribute = constants.add(table.data_source->attribute);
-      recipe.source_key = constants.add(table.data_source->key);
+      plan.source_attribute = constants.add(table.data_source->attribute);
+      plan.source_key = constants.add(table.data_source->key);
     }
-    payloads.push_back(recipe);
+    payloads.push_back(plan);
     return index_of(payloads.size() - 1);
   }
 
   constexpr Index add(const Rates &rates) {
-    ListRecipe recipe;
+    ListPlan plan;
     if (rates.origin != Rates::Origin::shared) {
-      recipe = recipe_of(numbers_of(rates));
+      plan = plan_of(numbers_of(rates));
     }
     if (rates.base != nullptr) {
-      recipe.origin = rates.origin;
-      recipe.base = constants.add(rates.base->name);
-      recipe.base_first = recipe_of(numbers_of(rates.base->rates)).first;
-      recipe.factor = constants.add(rates.factor);
-      recipe.closing = constants.add(rates.origin == Rates::Origin::proportional ? 0.0 : 1.0);
+      plan.origin = rates.origin;
+      plan.base = constants.add(rates.base->name);
+      plan.base_first = plan_of(numbers_of(rates.base->rates)).first;
+      plan.factor = constants.add(rates.factor);
+      plan.closing = constants.add(rates.origin == Rates::Origin::proportional ? 0.0 : 1.0);
     }
-    return add(recipe);
+    return add(plan);
   }
-  constexpr Index add(const Numbers &numbers) { return add(recipe_of(numbers)); }
+  constexpr Index add(const Numbers &numbers) { return add(plan_of(numbers)); }
 
 private:
   // Equal lists share their slots. Pointers, because the compiler takes its time for every call.
-  constexpr ListRecipe recipe_of(const Numbers &numbers) {
+  constexpr ListPlan plan_of(const Numbers &numbers) {
     const std::size_t first = slots.size();
     const std::size_t length = numbers.size();
     if (length == 0) {
@@ -139,7 +139,7 @@ private:
     }
     auto place = static_cast<std::size_t>(hash >> (64U - range_bits));
     for (; ranges_[place].length != 0; place = (place + 1) % std::size(ranges_)) {
-      const ListRecipe &other = ranges_[place];
+      const ListPlan &other = ranges_[place];
       if (other.length == length && equal(slots.data() + other.first, mine, length)) {
         slots.resize(first);
         return other;
@@ -158,8 +158,8 @@ private:
     return true;
   }
 
-  constexpr Index add(const ListRecipe &recipe) {
-    lists.push_back(recipe);
+  constexpr Index add(const ListPlan &plan) {
+    lists.push_back(plan);
     return index_of(lists.size() - 1);
   }
 
@@ -213,7 +213,7 @@ private:
 
   // By the hash of what they hold, open addressing.
   static constexpr unsigned range_bits = std::bit_width(2 * room::lists);
-  ListRecipe ranges_[std::size_t{1} << range_bits]{};
+  ListPlan ranges_[std::size_t{1} << range_bits]{};
 };
 
 } // namespace marlune::tables

@@ -1,17 +1,17 @@
 #pragma once
 
 #include "interpreter/reference.hpp"
-#include "payload/recipes.hpp"
+#include "payload/plans.hpp"
 
 #include <span>
 #include <vector>
 
 namespace marlune::tables {
 
-// One interpreter object for every distinct literal of the module, by constant index.
-class LiteralObjects {
+// One interpreter object for every constant of the pool, by its index.
+class ConstantObjects {
 public:
-  LiteralObjects() = default;
+  ConstantObjects() = default;
 
   // Fills `floats` in, the memory of the float objects.
   //
@@ -20,7 +20,7 @@ public:
   // and its types in the same way, with the same macro, and CPython 3.14 has fixed the layout. What it
   // changes is what sys.getrefcount and tracemalloc tell. That the objects outlive the interpreter
   // does no harm: no second one gets the module.
-  LiteralObjects(const Recipes &recipes, std::span<PyFloatObject> floats);
+  ConstantObjects(const Plans &plans, std::span<PyFloatObject> floats);
 
   [[nodiscard]] PyObject *operator[](Index index) const {
     return index < constant::first_float ? objects_[index].get() : float_object(index);
