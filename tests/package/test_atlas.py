@@ -256,6 +256,11 @@ def atlas(tmp_path_factory):
 
 def test_from_search_to_a_projected_annuity_by_keyboard(atlas):
     atlas.open()
+    # What a first visit shows, and the link to it.
+    assert atlas.js("return document.title").startswith("PER2020_Ind_1o ")
+    assert atlas.one("#time").get_property("value") == "year"
+    assert atlas.one("#welcome").is_displayed()
+    assert not atlas.one("#list details").get_property("open")
     assert atlas.press("/") == "query"
     assert atlas.press("per2020 ind 1o", Keys.ARROW_DOWN) == "PER2020_Ind_1o"
     atlas.press(Keys.ENTER)
@@ -304,10 +309,15 @@ def test_comparing_and_taking_it_away(atlas):
     atlas.one("#download").click()
     assert "\n65;3,2227;7,2544;" in atlas.saved(f"{name}.csv").decode()
     atlas.cdp("Browser.grantPermissions", {"permissions": ["clipboardReadWrite"]})
-    atlas.one("#copy").click()
-    atlas.until("document.getElementById('copied').textContent === 'Copied.'")
     read = "navigator.clipboard.readText().then(arguments[0], () => arguments[0]('refused'))"
-    assert "\n65\t3.2227\t7.2544\t" in atlas.driver.execute_async_script(read)
+    link = atlas.js("return location.href")
+    for button, said, taken in (
+        ("#copy", "copied", "\n65\t3.2227\t7.2544\t"),
+        ("#link", "linked", link),
+    ):
+        atlas.one(button).click()
+        atlas.until(f"document.getElementById('{said}').textContent === 'Copied.'")
+        assert taken in atlas.driver.execute_async_script(read)
     # The way back leads to the table alone, on a scale that it has.
     atlas.js("history.back()")
     atlas.until("!document.querySelector('#laid li')")
@@ -344,6 +354,7 @@ def test_plot_is_what_one_sees_first(atlas, size):
         assert right - left > size[0] * 0.55
     if size[0] == 390:
         atlas.open("", size)
+        atlas.one("#toggle").click()
         atlas.one("#query").send_keys("gam83", Keys.ENTER)
         atlas.until("document.title.startsWith('GAM83 ')")
         assert not atlas.one("#finder").is_displayed() and atlas.one("#rates .plot").is_displayed()

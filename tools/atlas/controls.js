@@ -2,7 +2,7 @@
 
 import { notesOf } from "./drawing.js";
 import { byId, button, el } from "./dom.js";
-import { atlas, change, layOver, putFirst, state, takeAway } from "./state.js";
+import { atlas, change, layOver, putFirst, state, takeAway, thisYear } from "./state.js";
 import { agesOfView, tablesOf } from "./address.js";
 import { PAID } from "./lives.js";
 import { readAs } from "./numbers.js";
@@ -26,7 +26,6 @@ const FIELDS = {
     range: agesOfView,
   },
 };
-const first = new Date().getFullYear(); // the year that is offered first
 
 function choices() {
   const groups = new Map();
@@ -97,7 +96,7 @@ export function startControls() {
   });
   byId("time").addEventListener("change", ({ target }) => {
     const { time, age } = state.view;
-    change({ time: timeAs(target.value, time, age, first) });
+    change({ time: timeAs(target.value, time, age, thisYear) });
   });
   byId("paid").append(
     ...Object.entries(PAID).map(([value, text]) => el("option", { value }, text)),
@@ -137,7 +136,9 @@ export function showControls(view) {
   if (notes.length && view.time.kind === "stored") {
     notes[0].append(
       " ",
-      button(`Project all to ${first}`, () => change({ time: { kind: "year", year: first } })),
+      button(`Project all to ${thisYear}`, () =>
+        change({ time: { kind: "year", year: thisYear } }),
+      ),
     );
   }
   byId("notes").replaceChildren(...notes);

@@ -45,24 +45,30 @@ function linkTo(table) {
 }
 
 const groups = new Map(); // title to its section, in the order of the module
+const invented = el("details"); // those of tests are folded, unless one is open or looked for
 const items = new Map(); // name to its item
+
+const listOf = ({ family }) => groups.get(family).querySelector("ul");
 
 function buildList() {
   for (const table of atlas.tables.values()) {
     const { family, country } = table;
     if (!groups.has(family)) {
       const place = el("small", country ?? "invented, for tests only");
-      groups.set(family, el("section", el("h2", family, " ", place), el("ul")));
+      const [head, list] = [el("h2", family, " ", place), el("ul")];
+      if (!country) invented.append(el("summary", head), list);
+      groups.set(family, el("section", country ? [head, list] : invented));
     }
     const item = el("li", linkTo(table));
     items.set(table.name, item);
-    groups.get(family).lastChild.append(item);
+    listOf(table).append(item);
   }
   byId("list").append(...groups.values());
 }
 
 const links = () => [...byId("list").querySelectorAll("a")];
-const found = () => links().filter((link) => !link.parentNode.hidden);
+const folded = (link) => link.closest("details:not([open])");
+const found = () => links().filter((link) => !link.parentNode.hidden && !folded(link));
 const current = () => byId("list").querySelector("[aria-current]");
 
 // One link takes part in the tab order; the arrows lead to the others.
@@ -80,8 +86,7 @@ function search() {
   const names = query ? find(index, query) : [...items.keys()];
   for (const [name, item] of items) item.hidden = !names.includes(name);
   const order = [...names, ...[...items.keys()].filter((name) => !names.includes(name))];
-  for (const name of order)
-    groups.get(atlas.tables.get(name).family).lastChild.append(items.get(name));
+  for (const name of order) listOf(atlas.tables.get(name)).append(items.get(name));
   const families = new Set(order.map((name) => atlas.tables.get(name).family));
   for (const family of families) byId("list").append(groups.get(family));
   for (const group of groups.values()) group.hidden = !group.querySelector("li:not([hidden])");
@@ -94,6 +99,7 @@ function search() {
   };
   byId("hints").replaceChildren(lead, ...offered.map((text) => button(text, ask(text))));
   byId("count").textContent = `${query ? `${names.length} of ` : ""}${atlas.tables.size} tables`;
+  invented.open = Boolean(query || invented.contains(current()));
   rove();
 }
 
@@ -101,6 +107,7 @@ export function markCurrent() {
   current()?.removeAttribute("aria-current");
   const link = items.get(state.view.sides[0].table.name).firstChild;
   link.setAttribute("aria-current", "page");
+  if (invented.contains(link)) invented.open = true;
   rove();
   // Only the list scrolls to it, not the page.
   const finder = byId("finder");
@@ -133,6 +140,7 @@ export function startList() {
   buildList();
   search();
   byId("query").addEventListener("input", search);
+  invented.addEventListener("toggle", rove);
   byId("finder").addEventListener("keydown", listKeys);
   byId("toggle").addEventListener("click", () => {
     openList(!document.body.classList.contains("listing"));

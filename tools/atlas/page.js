@@ -2,15 +2,17 @@
 
 import { describe } from "./about.js";
 import { showControls, startControls } from "./controls.js";
+import { writeAddress } from "./address.js";
 import { byId } from "./dom.js";
 import { showLives } from "./figures.js";
 import { buildLegend, checkLegend, readLegend } from "./legend.js";
-import { markCurrent, openList, startList } from "./list.js";
+import { markCurrent, startList } from "./list.js";
 import { drawPlots, startPlots } from "./plots.js";
 import { on, openAddress, state } from "./state.js";
-import { showValues, startValues } from "./values.js";
+import { copyText, showValues, startValues } from "./values.js";
 
 function showChoice(view) {
+  byId("linked").textContent = "";
   showControls(view);
   drawPlots(view);
   checkLegend(view);
@@ -20,6 +22,7 @@ function showChoice(view) {
 }
 
 function showTables(view) {
+  byId("welcome").hidden = Boolean(location.hash);
   byId("problem").hidden = !state.said.length;
   byId("problem").textContent = state.said.join(" ");
   markCurrent();
@@ -33,9 +36,11 @@ startList();
 startControls();
 startPlots();
 startValues();
+byId("link").addEventListener("click", () => {
+  const address = new URL(writeAddress(state.view), location.href);
+  copyText(address.href, byId("link"), byId("linked"));
+});
 on("tables", showTables);
 on("choice", showChoice);
 addEventListener("hashchange", openAddress);
-// On a phone the list is what is seen first, unless a link leads to a table.
-openList(!location.hash);
 openAddress();

@@ -6,6 +6,8 @@ import { MOST_TABLES, readAtlas } from "./tables.js";
 
 export const atlas = readAtlas(JSON.parse(byId("atlas-data").textContent));
 export const state = { view: null, said: [] };
+export const thisYear = new Date().getFullYear();
+const FIRST = `table=PER2020_Ind_1o&year=${thisYear}`; // what a first visit shows
 
 const listeners = { tables: [], choice: [] };
 export const on = (what, listener) => listeners[what].push(listener);
@@ -15,7 +17,7 @@ const tell = (what) => {
 
 // The view of the address: as when the page is opened, or the way back is taken.
 export function openAddress() {
-  Object.assign(state, readAddress(location.hash, atlas.tables));
+  Object.assign(state, readAddress(location.hash || FIRST, atlas.tables));
   if (location.hash) history.replaceState(null, "", writeAddress(state.view));
   tell("tables");
 }

@@ -34,24 +34,28 @@ export function showValues(view) {
   );
 }
 
-// Where the browser refuses one way it may allow the older one; else the text can be taken by hand.
-async function copy() {
+// Where the browser refuses one way it may allow the older one; else the text can be taken by hand,
+// from a field after the button.
+export async function copyText(text, button, status) {
   const box = byId("fallback");
-  const text = tabbed(sheetOf(state.view, atlas));
   let copied = true;
   try {
     await navigator.clipboard.writeText(text);
   } catch {
+    button.parentNode.append(box);
     box.hidden = false;
     box.value = text;
     box.select();
     copied = document.execCommand("copy");
     box.hidden = copied;
   }
-  if (copied) byId("copy").focus();
-  const refused = "The browser does not let the page copy: the values are selected below.";
-  byId("copied").textContent = copied ? "Copied." : refused;
+  if (copied) button.focus();
+  status.textContent = copied
+    ? "Copied."
+    : "The browser does not let the page copy: take it from the field, where it is selected.";
 }
+
+const copy = () => copyText(tabbed(sheetOf(state.view, atlas)), byId("copy"), byId("copied"));
 
 function download() {
   const { view } = state;
