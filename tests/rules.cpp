@@ -114,7 +114,7 @@ int main() {
   BREAK("a name or the description is empty", fixed, t.attribute = "");
   BREAK("a name or the description is empty", fixed, t.table_name = "");
   BREAK("a name or the description is empty", fixed, t.description = "");
-  BREAK("without base year", aggregate, t.oddities.base_year_none_and_no_mi_scale_factor = true);
+  BREAK("without base year", aggregate, t.deviations.base_year_none_and_no_mi_scale_factor = true);
   BREAK("or improvement rates without a base year", aggregate, t.base_year.reset());
   BREAK("a base year without improvement rates", fixed, t.base_year = 2020);
   BREAK("on base_year", fixed, t.order = key_order::static_with_base_year);
@@ -148,15 +148,15 @@ int main() {
   BREAK("not a number between 0 and", fixed, t.data = qx(0.3, NAN, 0.6, 1.0));
   BREAK("not a number between 0 and", fixed, t.data = qx(0.3, 0.4, 1.1, 1.0));
   BREAK("stands below omega", fixed, t.data = qx(0.3, 0.4, 1.0, 1.0));
-  BREAK("stands below omega", fixed, t.oddities.male_certain_from = 67);
+  BREAK("stands below omega", fixed, t.deviations.male_certain_from = 67);
   BREAK("stands out from those", fixed, t.data = qx(0.3, 0.8, 0.6, 1.0));
   BREAK("stands out from those", fixed, t.data = qx(0.3, 0.2, 0.6, 1.0));
   BREAK("stands out from those", aggregate, t.data = mi(0.001, 0.01, 0.0, 0.0));
   BREAK("the certain decrement, as a float", fixed, t.data = qx(0.3, 0.4, 0.6, 1));
   BREAK("the certain decrement, as a float", fixed, t.data = qx(0.3, 0.4, 0.6, 0.9));
   BREAK("the certain decrement, as a float", fixed, t.unit = Unit::per_mille);
-  BREAK("declares as its oddity", fixed, t.oddities.last_decrement = 0.9);
-  BREAK("declares as its oddity", fixed, t.oddities.last_decrement = 1);
+  BREAK("declares as its deviation", fixed, t.deviations.last_decrement = 0.9);
+  BREAK("declares as its deviation", fixed, t.deviations.last_decrement = 1);
   BREAK("ordinary rate", fixed, t.table_type = TableType::disability;
         t.data = {flat("ix_m", ultimate)});
   BREAK("ordinary rate", fixed, t.table_type = TableType::disability;
@@ -207,8 +207,8 @@ int main() {
   BREAK("lists a table twice", fixed, prove_inventory(twice, two));
 
   // What a description cannot come to as long as the rest holds, and what rules are computed with.
-  BREAK("nobody has heard of", fixed, Rates odd; odd.origin = Rates::Origin{99}; numbers_of(odd));
-  BREAK("can round", fixed, BaseVector base{.rates = half}; numbers_of(rounded(base, 1.0)));
+  BREAK("enumeration does not have", fixed, Rates odd; odd.origin = Rates::Origin{99}; values_of(odd));
+  BREAK("can round", fixed, BaseVector base{.rates = half}; values_of(rounded(base, 1.0)));
   BREAK("more decimals than", fixed, count_of(0.125, 2));
   BREAK("more digits than", fixed, decimal((std::int64_t{1} << 53) + 1, 0));
   BREAK("more digits than", fixed, decimal(1, 16));

@@ -114,7 +114,7 @@ def test_long_list_beside_a_short_one_takes_no_memory():
 def test_compiler_that_would_reckon_otherwise_is_refused(option, sentence):
     if option.startswith("-m") and platform.machine() != "x86_64":
         pytest.skip("only there")
-    source = '#include "payload/numbers.hpp"'
+    source = '#include "payload/rate_values.hpp"'
     assert compile_source(source, "-fsyntax-only")[0]
     compiles, errors = compile_source(source, "-fsyntax-only", option)
     assert not compiles and sentence in errors, errors

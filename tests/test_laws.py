@@ -161,8 +161,8 @@ def test_cmf_improvement_runs_out_above_90_and_converges_by_2036(name, sex, firs
     at_90 = 90 - first_age
     for year, factors in grid.items():
         base = exact(factors[at_90])
-        run_out = [Fraction(round(base * (15 - k) / 15 * 10**6), 10**6) for k in range(16)]
-        want = run_out + [0] * 5
+        tapered = [Fraction(round(base * (15 - k) / 15 * 10**6), 10**6) for k in range(16)]
+        want = tapered + [0] * 5
         hold(name, year, 90, factors[at_90:], want, 0, 21)
     assert grid[2036][: at_90 + 1] == [0.01] * (at_90 + 1)
     # Along the years a factor is a cubic, so that fourth differences are rounding alone: at most

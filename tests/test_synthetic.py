@@ -71,7 +71,7 @@ def test_rounding_of_the_compiler_agrees_with_the_builtin(tmp_path):
     rates += [0.0, -0.0, -0.25, 1.0, 1.25, 1e300, math.inf, math.nan, 5e-324]
     program = tmp_path / "rounding"
     source = r"""
-        #include "payload/numbers.hpp"
+        #include "payload/rounding.hpp"
         #include <cstdio>
         int main() {
           for (double rate; std::scanf("%la", &rate) == 1;) {

@@ -4,7 +4,7 @@
 // others have changed in functions.cpp.
 
 #include "dav2004r/columns.hpp"
-#include "payload/numbers.hpp"
+#include "payload/rate_values.hpp"
 
 #include <algorithm>
 
@@ -15,8 +15,8 @@ namespace marlune::tables::dav2004r {
 constexpr double weight_of(int year) { return static_cast<double>(year - first_year) * 0.05; }
 
 // start + weight × (target − start), in this order, up to the end of the shorter trend.
-constexpr Numbers blended(Literals start, Literals target, int year) {
-  Numbers rates;
+constexpr RateValues blended(Literals start, Literals target, int year) {
+  RateValues rates;
   for (std::size_t age = 0; age < std::min(start.size(), target.size()); ++age) {
     const double difference = target[age].value - start[age].value;
     const double part = weight_of(year) * difference;
@@ -26,8 +26,8 @@ constexpr Numbers blended(Literals start, Literals target, int year) {
 }
 
 // The ultimate rate times the factor at every age, the last one included.
-constexpr Numbers selected(Literals ultimate, double factor) {
-  Numbers rates;
+constexpr RateValues selected(Literals ultimate, double factor) {
+  RateValues rates;
   for (const Number &rate : ultimate) {
     rates.push_back(rate.value * factor);
   }

@@ -3,7 +3,7 @@
 // What holds for every payload. A table states `static_assert(proved(TABLE))` beside its data; when
 // a rule is broken the compiler stops there and prints its sentence, the column and the place in it.
 
-#include "payload/numbers.hpp"
+#include "payload/rate_values.hpp"
 
 #include <algorithm>
 #include <type_traits>
@@ -71,12 +71,12 @@ constexpr bool within(double value, double low, double high) {
   return value >= low && value <= high;
 }
 
-constexpr bool covers_ages(const Numbers &rates, const Payload &table) {
+constexpr bool covers_ages(const RateValues &rates, const Payload &table) {
   return static_cast<int>(rates.size()) == ages_of(table);
 }
 
 // The largest step of a published column up and down again, or down and up, is one by 14 %.
-constexpr void prove_steps(int start_age, Place place, const Numbers &rates) {
+constexpr void prove_steps(int start_age, Place place, const RateValues &rates) {
   constexpr double largest = 1.25;
   for (std::size_t index = 1; index + 1 < rates.size(); ++index) {
     const auto [low, high] = std::minmax({rates[index - 1].value, rates[index + 1].value});
@@ -86,7 +86,7 @@ constexpr void prove_steps(int start_age, Place place, const Numbers &rates) {
   }
 }
 
-constexpr void prove_decrement_rates(const Payload &table, Place place, const Numbers &rates) {
+constexpr void prove_decrement_rates(const Payload &table, Place place, const RateValues &rates) {
   require(covers_ages(rates, table),
           "the length of a decrement column is not omega - start_age + 1", place);
   const bool male = place.column.back() == 'm';
@@ -95,15 +95,15 @@ constexpr void prove_decrement_rates(const Payload &table, Place place, const Nu
     require(!rate.integer, "an int before the last age of a decrement column", place);
     require(within(rate.value, 0.0, certain(table)),
             "a decrement rate is not a number between 0 and the certain decrement", place);
-    const bool filled_up =
-        male && table.oddities.male_certain_from && place.age >= *table.oddities.male_certain_from;
+    const bool filled_up = male && table.deviations.male_certain_from &&
+                           place.age >= *table.deviations.male_certain_from;
     require((rate.value == certain(table)) == filled_up,
             "the certain decrement stands below omega, where the table does not declare it", place);
   }
   const Number &last = rates.back();
-  if (table.oddities.last_decrement) {
-    require(last == *table.oddities.last_decrement,
-            "the last decrement is not the one that the table declares as its oddity", place);
+  if (table.deviations.last_decrement) {
+    require(last == *table.deviations.last_decrement,
+            "the last decrement is not the one that the table declares as its deviation", place);
   } else if (table.table_type == TableType::disability) {
     require(!last.integer && last.value > 0.0 && last.value < certain(table),
             "a disability column does not end in an ordinary rate", place);
@@ -114,7 +114,7 @@ constexpr void prove_decrement_rates(const Payload &table, Place place, const Nu
   prove_steps(table.start_age, place, rates);
 }
 
-constexpr void prove_improvement_rates(const Payload &table, Place place, const Numbers &rates) {
+constexpr void prove_improvement_rates(const Payload &table, Place place, const RateValues &rates) {
   require(covers_ages(rates, table),
           "the length of an improvement column is not omega - start_age + 1", place);
   place.age = table.start_age;
@@ -150,10 +150,10 @@ constexpr void prove_durations(const Payload &table, const Column &column) {
 // Those just selected have a lower rate than those selected long ago; where no select rate is known
 // up to omega, the ultimate one stands for it.
 constexpr void prove_select_rates(const Payload &table, const Column &column) {
-  const Numbers ultimate = numbers_of(column.entries.back().rates);
+  const RateValues ultimate = values_of(column.entries.back().rates);
   for (std::size_t duration = 0; duration + 1 < column.entries.size(); ++duration) {
     const Entry &entry = column.entries[duration];
-    const Numbers select = numbers_of(entry.rates);
+    const RateValues select = values_of(entry.rates);
     bool completed = false;
     for (std::size_t index = 0; index + 1 < select.size(); ++index) {
       const double select_rate = select[index].value;
@@ -177,7 +177,7 @@ constexpr void prove_decrement(const Payload &table, const Column &column) {
             Place{column.key});
   }
   for (const Entry &entry : column.entries) {
-    prove_decrement_rates(table, Place{column.key, entry.label}, numbers_of(entry.rates));
+    prove_decrement_rates(table, Place{column.key, entry.label}, values_of(entry.rates));
   }
   if (table.select_period) {
     prove_select_rates(table, column);
@@ -210,7 +210,7 @@ constexpr void prove_improvement(const Payload &table, const Column &column) {
   for (const Entry &entry : column.entries) {
     require(!entry.label.ultimate || column.shape == Shape::duration_grid,
             "\"ult\" in a column without durations", Place{column.key});
-    prove_improvement_rates(table, Place{column.key, entry.label}, numbers_of(entry.rates));
+    prove_improvement_rates(table, Place{column.key, entry.label}, values_of(entry.rates));
   }
 }
 
@@ -261,7 +261,7 @@ constexpr void prove_metadata(const Payload &table) {
   require(!table.attribute.empty() && !table.table_name.empty() && !table.description.empty(),
           "a name or the description is empty");
   const bool generational = table.formula.has_value();
-  const bool odd = table.oddities.base_year_none_and_no_mi_scale_factor;
+  const bool odd = table.deviations.base_year_none_and_no_mi_scale_factor;
   require(!(odd && generational), "a generational table without base year");
   require(table.base_year.has_value() == generational,
           "a base year without improvement rates, or improvement rates without a base year");
@@ -295,7 +295,7 @@ constexpr void prove(const BaseVector &vector) {
                          .table_type = vector.table_type,
                          .omega = vector.omega,
                          .start_age = vector.start_age},
-                        Place{vector.name}, numbers_of(vector.rates));
+                        Place{vector.name}, values_of(vector.rates));
 }
 
 } // namespace invariants

@@ -2,7 +2,7 @@
 
 #include "interpreter/arithmetic.hpp"
 #include "interpreter/lists.hpp"
-#include "payload/numbers.hpp"
+#include "payload/rounding.hpp"
 
 #include <algorithm>
 
@@ -96,7 +96,7 @@ Reference ObjectMaker::computed_list(const ListPlan &plan, const Reference &base
   PyObject *const factor = context_.constants[plan.factor];
   PyObject *const closing = context_.constants[plan.closing];
   switch (plan.origin) {
-  case Rates::Origin::capped:
+  case Rates::Origin::scaled_below_certain:
     for_each_item(base.get(), [&](PyObject *rate) {
       items.add(less(rate, closing) ? product(rate, factor) : Reference::borrow(closing));
     });

@@ -2,8 +2,8 @@
 
 // From descriptions to plans, by the compiler.
 
-#include "payload/numbers.hpp"
 #include "payload/plans.hpp"
+#include "payload/rate_values.hpp"
 
 #include <algorithm>
 #include <array>
@@ -103,30 +103,30 @@ public:
   constexpr Index add(const Rates &rates) {
     ListPlan plan;
     if (rates.origin != Rates::Origin::shared) {
-      plan = plan_of(numbers_of(rates));
+      plan = plan_of(values_of(rates));
     }
     if (rates.base != nullptr) {
       plan.origin = rates.origin;
       plan.base = constants.add(rates.base->name);
-      plan.base_first = plan_of(numbers_of(rates.base->rates)).first;
+      plan.base_first = plan_of(values_of(rates.base->rates)).first;
       plan.factor = constants.add(rates.factor);
       plan.closing = constants.add(rates.origin == Rates::Origin::proportional ? 0.0 : 1.0);
     }
     return add(plan);
   }
-  constexpr Index add(const Numbers &numbers) { return add(plan_of(numbers)); }
+  constexpr Index add(const RateValues &values) { return add(plan_of(values)); }
 
 private:
   // Equal lists share their slots. Pointers, because the compiler takes its time for every call.
-  constexpr ListPlan plan_of(const Numbers &numbers) {
+  constexpr ListPlan plan_of(const RateValues &values) {
     const std::size_t first = slots.size();
-    const std::size_t length = numbers.size();
+    const std::size_t length = values.size();
     if (length == 0) {
       throw "a list without rates";
     }
     slots.resize(first + length);
     Index *const mine = slots.data() + first;
-    const Number *const begin = numbers.begin();
+    const Number *const begin = values.begin();
     std::uint64_t hash = 0;
     for (std::size_t slot = 0; slot < length; ++slot) {
       const Number &number = begin[slot];
@@ -208,7 +208,7 @@ private:
     case Key::description:
       return constants.add(table.description);
     }
-    throw "a metadata key that nobody has heard of";
+    throw "a metadata key that the enumeration does not have";
   }
 
   // By the hash of what they hold, open addressing.

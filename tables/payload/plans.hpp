@@ -69,7 +69,7 @@ struct ListPlan {
   Index base = 0;       // constant: the base vector's name
   Index base_first = 0; // slot: where the vector's own range of this length begins
   Index factor = 0;     // constant
-  Index closing = 0;    // constant: 1.0 of capped rates, 0.0 of proportional ones
+  Index closing = 0;    // constant: 1.0 of rates scaled below it, 0.0 of proportional ones
 };
 
 struct EntryPlan {

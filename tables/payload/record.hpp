@@ -2,8 +2,8 @@
 
 // The payload record: how a table of the module is described. A description is a constexpr value
 // that exists for the compiler only: it is proved (payload/invariants.hpp), then resolved into a
-// plan (payload/plan_builder.hpp), from which the import makes the interpreter's
-// objects (payload/object_maker.hpp).
+// plan (payload/plan_builder.hpp), from which the import makes the interpreter's objects
+// (payload/object_maker.hpp).
 
 #include "payload/bounded.hpp"
 
@@ -52,12 +52,12 @@ struct Level {
 // How one list of rates, one entry per age, comes about.
 struct Rates {
   enum class Origin : std::uint8_t {
-    literal,      // a new list of the printed values
-    levels,       // a new list of constant stretches
-    shared,       // the list bound under the base vector's name: passed on, not copied
-    capped,       // a new list: base rate × factor, a rate of 1.0 or more becoming exactly 1.0
-    rounded,      // a new list: round(base rate × factor, 7)
-    proportional, // a new list: base rate × factor below omega, then 0.0
+    literal,              // a new list of the printed values
+    levels,               // a new list of constant stretches
+    shared,               // the list bound under the base vector's name: passed on, not copied
+    scaled_below_certain, // a new list: base rate × factor, but 1.0 where the base rate is 1.0 or more
+    rounded,              // a new list: round(base rate × factor, 7)
+    proportional,         // a new list: base rate × factor below omega, then 0.0
   };
 
   Origin origin = Origin::literal;
@@ -76,8 +76,8 @@ constexpr Rates levels(std::initializer_list<Level> levels) {
 constexpr Rates shared(const BaseVector &base) {
   return {.origin = Rates::Origin::shared, .base = &base};
 }
-constexpr Rates capped(const BaseVector &base, double factor) {
-  return {.origin = Rates::Origin::capped, .base = &base, .factor = factor};
+constexpr Rates scaled_below_certain(const BaseVector &base, double factor) {
+  return {.origin = Rates::Origin::scaled_below_certain, .base = &base, .factor = factor};
 }
 constexpr Rates rounded(const BaseVector &base, double factor) {
   return {.origin = Rates::Origin::rounded, .base = &base, .factor = factor};
@@ -182,9 +182,9 @@ struct DataSource {
   std::string_view key;
 };
 
-// Where a published table deviates from the rules that hold for all others. Each oddity is declared
+// Where a published table deviates from the rules that hold for all others. Each deviation is declared
 // by the one table that has it; the rules themselves know no table.
-struct Oddities {
+struct Deviations {
   // What both decrement columns hold at omega in place of the certain decrement as a float.
   std::optional<Number> last_decrement{};
   // The age from which the male column is filled up with the certain decrement.
@@ -210,7 +210,7 @@ struct Payload {
   std::string_view description{};
   Bounded<Column, 4> data{};
   std::optional<DataSource> data_source{}; // in place of `data`
-  Oddities oddities{};
+  Deviations deviations{};
 };
 
 } // namespace marlune::tables

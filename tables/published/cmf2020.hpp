@@ -37,7 +37,7 @@
 namespace marlune::tables::published {
 
 // Factors to age 110, in a straight line from the last printed one, of age 90, to 0.0 at age 105.
-constexpr std::array<Number, 111> run_out(const Number (&printed)[91]) {
+constexpr std::array<Number, 111> tapered(const Number (&printed)[91]) {
   constexpr int places = 6;
   constexpr std::int64_t years = 15;
   std::array<Number, 111> factors{};
@@ -56,7 +56,7 @@ constexpr std::array<Number, 111> run_out(const Number (&printed)[91]) {
 
 // clang-format off
 // Males, calendar year 2021.
-inline constexpr auto CMF2020_mi_m_2021 = run_out({
+inline constexpr auto CMF2020_mi_m_2021 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.039574,  0.03917, 0.038647, 0.037985, 0.037176, 0.036227, 0.035151, 0.033964, 0.032686, 0.031327, // 0
     0.029894, 0.028402, 0.026874, 0.025349, 0.023871, 0.022491, 0.021262, 0.020226, 0.019409,  0.01881, // 10
@@ -70,7 +70,7 @@ inline constexpr auto CMF2020_mi_m_2021 = run_out({
     0.009386,                                                                                           // 90
 });
 // Males, calendar year 2022.
-inline constexpr auto CMF2020_mi_m_2022 = run_out({
+inline constexpr auto CMF2020_mi_m_2022 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.037487, 0.037113, 0.036627, 0.036012,  0.03526, 0.034377, 0.033376, 0.032273, 0.031085, 0.029822, // 0
      0.02849, 0.027103, 0.025682, 0.024264,  0.02289, 0.021608, 0.020465, 0.019502, 0.018743, 0.018186, // 10
@@ -84,7 +84,7 @@ inline constexpr auto CMF2020_mi_m_2022 = run_out({
     0.009428,                                                                                           // 90
 });
 // Males, calendar year 2023.
-inline constexpr auto CMF2020_mi_m_2023 = run_out({
+inline constexpr auto CMF2020_mi_m_2023 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.035188, 0.034846, 0.034401, 0.033837, 0.033147, 0.032339, 0.031421,  0.03041, 0.029321, 0.028164, // 0
     0.026943, 0.025671,  0.02437,  0.02307,  0.02181, 0.020635, 0.019588, 0.018706,  0.01801,   0.0175, // 10
@@ -98,7 +98,7 @@ inline constexpr auto CMF2020_mi_m_2023 = run_out({
     0.009475,                                                                                           // 90
 });
 // Males, calendar year 2024.
-inline constexpr auto CMF2020_mi_m_2024 = run_out({
+inline constexpr auto CMF2020_mi_m_2024 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
      0.03273, 0.032422, 0.032021, 0.031511, 0.030889, 0.030159,  0.02933, 0.028418, 0.027435,  0.02639, // 0
     0.025289, 0.024141, 0.022966, 0.021793, 0.020656, 0.019595,  0.01865, 0.017854, 0.017226, 0.016766, // 10
@@ -112,7 +112,7 @@ inline constexpr auto CMF2020_mi_m_2024 = run_out({
     0.009526,                                                                                           // 90
 });
 // Males, calendar year 2025.
-inline constexpr auto CMF2020_mi_m_2025 = run_out({
+inline constexpr auto CMF2020_mi_m_2025 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.030164, 0.029892, 0.029536, 0.029084, 0.028531, 0.027884, 0.027149, 0.026339, 0.025467,  0.02454, // 0
     0.023563, 0.022545, 0.021502, 0.020461, 0.019453, 0.018511, 0.017673, 0.016967,  0.01641, 0.016001, // 10
@@ -126,7 +126,7 @@ inline constexpr auto CMF2020_mi_m_2025 = run_out({
     0.009578,                                                                                           // 90
 });
 // Males, calendar year 2026.
-inline constexpr auto CMF2020_mi_m_2026 = run_out({
+inline constexpr auto CMF2020_mi_m_2026 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.027545, 0.027308, 0.026999, 0.026605, 0.026124, 0.025561, 0.024921, 0.024216, 0.023458, 0.022651, // 0
     0.021801, 0.020915, 0.020008, 0.019102, 0.018224, 0.017405, 0.016675, 0.016061, 0.015576, 0.015221, // 10
@@ -140,7 +140,7 @@ inline constexpr auto CMF2020_mi_m_2026 = run_out({
     0.009633,                                                                                           // 90
 });
 // Males, calendar year 2027.
-inline constexpr auto CMF2020_mi_m_2027 = run_out({
+inline constexpr auto CMF2020_mi_m_2027 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.024924, 0.024724,  0.02446, 0.024125, 0.023716, 0.023237, 0.022692, 0.022093, 0.021448, 0.020761, // 0
     0.020038, 0.019284, 0.018512, 0.017742, 0.016995, 0.016298, 0.015677, 0.015155, 0.014742,  0.01444, // 10
@@ -154,7 +154,7 @@ inline constexpr auto CMF2020_mi_m_2027 = run_out({
     0.009687,                                                                                           // 90
 });
 // Males, calendar year 2028.
-inline constexpr auto CMF2020_mi_m_2028 = run_out({
+inline constexpr auto CMF2020_mi_m_2028 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.022355, 0.022189, 0.021971, 0.021694, 0.021355, 0.020958, 0.020508, 0.020011, 0.019477, 0.018909, // 0
      0.01831, 0.017686, 0.017047, 0.016409,  0.01579, 0.015213,   0.0147, 0.014267, 0.013926, 0.013676, // 10
@@ -168,7 +168,7 @@ inline constexpr auto CMF2020_mi_m_2028 = run_out({
     0.009741,                                                                                           // 90
 });
 // Males, calendar year 2029.
-inline constexpr auto CMF2020_mi_m_2029 = run_out({
+inline constexpr auto CMF2020_mi_m_2029 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.019891, 0.019758, 0.019584, 0.019362, 0.019091, 0.018772, 0.018412, 0.018014, 0.017587, 0.017132, // 0
     0.016652, 0.016153, 0.015641,  0.01513, 0.014635, 0.014173, 0.013762, 0.013415, 0.013142, 0.012942, // 10
@@ -182,7 +182,7 @@ inline constexpr auto CMF2020_mi_m_2029 = run_out({
     0.009792,                                                                                           // 90
 });
 // Males, calendar year 2030.
-inline constexpr auto CMF2020_mi_m_2030 = run_out({
+inline constexpr auto CMF2020_mi_m_2030 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.017584, 0.017482, 0.017348, 0.017178,  0.01697, 0.016726, 0.016449, 0.016145, 0.015817, 0.015468, // 0
     0.015101, 0.014717, 0.014325, 0.013933, 0.013554, 0.013199, 0.012884, 0.012618, 0.012409, 0.012255, // 10
@@ -196,7 +196,7 @@ inline constexpr auto CMF2020_mi_m_2030 = run_out({
     0.009841,                                                                                           // 90
 });
 // Males, calendar year 2031.
-inline constexpr auto CMF2020_mi_m_2031 = run_out({
+inline constexpr auto CMF2020_mi_m_2031 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.015486, 0.015413, 0.015316, 0.015193, 0.015043, 0.014866, 0.014666, 0.014446, 0.014208, 0.013956, // 0
      0.01369, 0.013413, 0.013129, 0.012845, 0.012571, 0.012315, 0.012086, 0.011894, 0.011743, 0.011632, // 10
@@ -210,7 +210,7 @@ inline constexpr auto CMF2020_mi_m_2031 = run_out({
     0.009885,                                                                                           // 90
 });
 // Males, calendar year 2032.
-inline constexpr auto CMF2020_mi_m_2032 = run_out({
+inline constexpr auto CMF2020_mi_m_2032 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.013652, 0.013603, 0.013539, 0.013457, 0.013357, 0.013239, 0.013106, 0.012959, 0.012801, 0.012633, // 0
     0.012456, 0.012272, 0.012083, 0.011894, 0.011711, 0.011541, 0.011389, 0.011261,  0.01116, 0.011086, // 10
@@ -224,7 +224,7 @@ inline constexpr auto CMF2020_mi_m_2032 = run_out({
     0.009923,                                                                                           // 90
 });
 // Males, calendar year 2033.
-inline constexpr auto CMF2020_mi_m_2033 = run_out({
+inline constexpr auto CMF2020_mi_m_2033 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.012134, 0.012105, 0.012067,  0.01202, 0.011961, 0.011892, 0.011814, 0.011729, 0.011636, 0.011538, // 0
     0.011435, 0.011327, 0.011217, 0.011106,    0.011,   0.0109, 0.010811, 0.010736, 0.010678, 0.010634, // 10
@@ -238,7 +238,7 @@ inline constexpr auto CMF2020_mi_m_2033 = run_out({
     0.009955,                                                                                           // 90
 });
 // Males, calendar year 2034.
-inline constexpr auto CMF2020_mi_m_2034 = run_out({
+inline constexpr auto CMF2020_mi_m_2034 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.010983,  0.01097, 0.010953, 0.010931, 0.010904, 0.010872, 0.010836, 0.010797, 0.010754, 0.010709, // 0
     0.010661, 0.010612, 0.010561,  0.01051, 0.010461, 0.010415, 0.010374, 0.010339, 0.010312, 0.010292, // 10
@@ -252,7 +252,7 @@ inline constexpr auto CMF2020_mi_m_2034 = run_out({
     0.009979,                                                                                           // 90
 });
 // Males, calendar year 2035.
-inline constexpr auto CMF2020_mi_m_2035 = run_out({
+inline constexpr auto CMF2020_mi_m_2035 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.010255, 0.010251, 0.010247, 0.010241, 0.010234, 0.010226, 0.010217, 0.010206, 0.010195, 0.010184, // 0
     0.010171, 0.010158, 0.010145, 0.010132, 0.010119, 0.010107, 0.010097, 0.010088, 0.010081, 0.010076, // 10
@@ -266,7 +266,7 @@ inline constexpr auto CMF2020_mi_m_2035 = run_out({
     0.009995,                                                                                           // 90
 });
 // Males, calendar year 2036.
-inline constexpr auto CMF2020_mi_m_2036 = run_out({
+inline constexpr auto CMF2020_mi_m_2036 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
         0.01,     0.01,     0.01,     0.01,     0.01,     0.01,     0.01,     0.01,     0.01,     0.01, // 0
         0.01,     0.01,     0.01,     0.01,     0.01,     0.01,     0.01,     0.01,     0.01,     0.01, // 10
@@ -285,7 +285,7 @@ inline constexpr auto CMF2020_mi_m_2036 = run_out({
 
 // clang-format off
 // Females, calendar year 2021.
-inline constexpr auto CMF2020_mi_f_2021 = run_out({
+inline constexpr auto CMF2020_mi_f_2021 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.039118, 0.037961, 0.036682, 0.035237, 0.033621, 0.031865, 0.030009, 0.028091,  0.02614, 0.024177, // 0
     0.022218, 0.020279, 0.018386, 0.016576, 0.014893, 0.013381, 0.012078, 0.011008, 0.010181, 0.009592, // 10
@@ -299,7 +299,7 @@ inline constexpr auto CMF2020_mi_f_2021 = run_out({
     0.012775,                                                                                           // 90
 });
 // Females, calendar year 2022.
-inline constexpr auto CMF2020_mi_f_2022 = run_out({
+inline constexpr auto CMF2020_mi_f_2022 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.037066, 0.035991, 0.034802, 0.033458, 0.031955, 0.030321, 0.028595, 0.026811, 0.024998, 0.023173, // 0
     0.021352, 0.019549, 0.017789, 0.016106, 0.014542, 0.013136, 0.011925, 0.010931, 0.010163, 0.009615, // 10
@@ -313,7 +313,7 @@ inline constexpr auto CMF2020_mi_f_2022 = run_out({
     0.012576,                                                                                           // 90
 });
 // Females, calendar year 2023.
-inline constexpr auto CMF2020_mi_f_2023 = run_out({
+inline constexpr auto CMF2020_mi_f_2023 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.034805, 0.033819,  0.03273, 0.031497, 0.030119, 0.028621, 0.027038, 0.025403,  0.02374, 0.022068, // 0
     0.020398, 0.018746, 0.017133, 0.015591, 0.014157, 0.012869, 0.011759, 0.010849, 0.010145, 0.009643, // 10
@@ -327,7 +327,7 @@ inline constexpr auto CMF2020_mi_f_2023 = run_out({
     0.012359,                                                                                           // 90
 });
 // Females, calendar year 2024.
-inline constexpr auto CMF2020_mi_f_2024 = run_out({
+inline constexpr auto CMF2020_mi_f_2024 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.032385, 0.031496, 0.030513,   0.0294, 0.028155, 0.026802, 0.025373, 0.023897, 0.022397, 0.020887, // 0
      0.01938, 0.017889, 0.016433, 0.015041, 0.013748, 0.012585, 0.011584, 0.010762, 0.010127, 0.009674, // 10
@@ -341,7 +341,7 @@ inline constexpr auto CMF2020_mi_f_2024 = run_out({
     0.012127,                                                                                           // 90
 });
 // Females, calendar year 2025.
-inline constexpr auto CMF2020_mi_f_2025 = run_out({
+inline constexpr auto CMF2020_mi_f_2025 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
      0.02986, 0.029072, 0.028199, 0.027211, 0.026106, 0.024906, 0.023637, 0.022327, 0.020996, 0.019656, // 0
     0.018319, 0.016996, 0.015704, 0.014469, 0.013322, 0.012291, 0.011402, 0.010673,  0.01011, 0.009708, // 10
@@ -355,7 +355,7 @@ inline constexpr auto CMF2020_mi_f_2025 = run_out({
     0.011885,                                                                                           // 90
 });
 // Females, calendar year 2026.
-inline constexpr auto CMF2020_mi_f_2026 = run_out({
+inline constexpr auto CMF2020_mi_f_2026 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.027281, 0.026595, 0.025836, 0.024976, 0.024014, 0.022969, 0.021865, 0.020725, 0.019566,   0.0184, // 0
     0.017237, 0.016085, 0.014961, 0.013887, 0.012888, 0.011991, 0.011218, 0.010584, 0.010093, 0.009744, // 10
@@ -369,7 +369,7 @@ inline constexpr auto CMF2020_mi_f_2026 = run_out({
     0.011639,                                                                                           // 90
 });
 // Females, calendar year 2027.
-inline constexpr auto CMF2020_mi_f_2027 = run_out({
+inline constexpr auto CMF2020_mi_f_2027 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.024701, 0.024118, 0.023472,  0.02274, 0.021921, 0.021031, 0.020092, 0.019122, 0.018136, 0.017144, // 0
     0.016154, 0.015175, 0.014218, 0.013304, 0.012455, 0.011692, 0.011034, 0.010495, 0.010078, 0.009781, // 10
@@ -383,7 +383,7 @@ inline constexpr auto CMF2020_mi_f_2027 = run_out({
     0.011394,                                                                                           // 90
 });
 // Females, calendar year 2028.
-inline constexpr auto CMF2020_mi_f_2028 = run_out({
+inline constexpr auto CMF2020_mi_f_2028 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.022171, 0.021688, 0.021153, 0.020547, 0.019869, 0.019132, 0.018354, 0.017551, 0.016734, 0.015913, // 0
     0.015094, 0.014283, 0.013491, 0.012734, 0.012031, 0.011399, 0.010855, 0.010408, 0.010063, 0.009817, // 10
@@ -397,7 +397,7 @@ inline constexpr auto CMF2020_mi_f_2028 = run_out({
     0.011153,                                                                                           // 90
 });
 // Females, calendar year 2029.
-inline constexpr auto CMF2020_mi_f_2029 = run_out({
+inline constexpr auto CMF2020_mi_f_2029 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.019744, 0.019357, 0.018929, 0.018444, 0.017901, 0.017311, 0.016688, 0.016044, 0.015391, 0.014733, // 0
     0.014077, 0.013428, 0.012794, 0.012188, 0.011625, 0.011119, 0.010683, 0.010326,  0.01005, 0.009853, // 10
@@ -411,7 +411,7 @@ inline constexpr auto CMF2020_mi_f_2029 = run_out({
     0.010923,                                                                                           // 90
 });
 // Females, calendar year 2030.
-inline constexpr auto CMF2020_mi_f_2030 = run_out({
+inline constexpr auto CMF2020_mi_f_2030 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.017471, 0.017175, 0.016846, 0.016474, 0.016058, 0.015605, 0.015127, 0.014634, 0.014133, 0.013629, // 0
     0.013125, 0.012627, 0.012141, 0.011677, 0.011245, 0.010857, 0.010523, 0.010249, 0.010037, 0.009886, // 10
@@ -425,7 +425,7 @@ inline constexpr auto CMF2020_mi_f_2030 = run_out({
     0.010707,                                                                                           // 90
 });
 // Females, calendar year 2031.
-inline constexpr auto CMF2020_mi_f_2031 = run_out({
+inline constexpr auto CMF2020_mi_f_2031 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.015405, 0.015191, 0.014953, 0.014684, 0.014382, 0.014055, 0.013709, 0.013352,  0.01299, 0.012625, // 0
     0.012261,   0.0119, 0.011549, 0.011213,   0.0109,  0.01062, 0.010378,  0.01018, 0.010027, 0.009917, // 10
@@ -439,7 +439,7 @@ inline constexpr auto CMF2020_mi_f_2031 = run_out({
     0.010511,                                                                                           // 90
 });
 // Females, calendar year 2032.
-inline constexpr auto CMF2020_mi_f_2032 = run_out({
+inline constexpr auto CMF2020_mi_f_2032 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.013598, 0.013456, 0.013297, 0.013118, 0.012917, 0.012699, 0.012469, 0.012231,  0.01199, 0.011747, // 0
     0.011505, 0.011265, 0.011031, 0.010807, 0.010599, 0.010412, 0.010251, 0.010119, 0.010017, 0.009945, // 10
@@ -453,7 +453,7 @@ inline constexpr auto CMF2020_mi_f_2032 = run_out({
      0.01034,                                                                                           // 90
 });
 // Females, calendar year 2033.
-inline constexpr auto CMF2020_mi_f_2033 = run_out({
+inline constexpr auto CMF2020_mi_f_2033 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.012102, 0.012019, 0.011926, 0.011822, 0.011704, 0.011577, 0.011442, 0.011303, 0.011162,  0.01102, // 0
     0.010879, 0.010739, 0.010602, 0.010471,  0.01035, 0.010241, 0.010147,  0.01007,  0.01001, 0.009968, // 10
@@ -467,7 +467,7 @@ inline constexpr auto CMF2020_mi_f_2033 = run_out({
     0.010199,                                                                                           // 90
 });
 // Females, calendar year 2034.
-inline constexpr auto CMF2020_mi_f_2034 = run_out({
+inline constexpr auto CMF2020_mi_f_2034 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.010969, 0.010931, 0.010888,  0.01084, 0.010786, 0.010727, 0.010665, 0.010601, 0.010536,  0.01047, // 0
     0.010405,  0.01034, 0.010277, 0.010217, 0.010161, 0.010111, 0.010068, 0.010032, 0.010005, 0.009985, // 10
@@ -481,7 +481,7 @@ inline constexpr auto CMF2020_mi_f_2034 = run_out({
     0.010092,                                                                                           // 90
 });
 // Females, calendar year 2035.
-inline constexpr auto CMF2020_mi_f_2035 = run_out({
+inline constexpr auto CMF2020_mi_f_2035 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
     0.010251, 0.010241,  0.01023, 0.010217, 0.010203, 0.010188, 0.010172, 0.010156, 0.010139, 0.010122, // 0
     0.010105, 0.010088, 0.010072, 0.010056, 0.010042, 0.010029, 0.010017, 0.010008, 0.010001, 0.009996, // 10
@@ -495,7 +495,7 @@ inline constexpr auto CMF2020_mi_f_2035 = run_out({
     0.010024,                                                                                           // 90
 });
 // Females, calendar year 2036.
-inline constexpr auto CMF2020_mi_f_2036 = run_out({
+inline constexpr auto CMF2020_mi_f_2036 = tapered({
     //     0         1         2         3         4         5         6         7         8         9
         0.01,     0.01,     0.01,     0.01,     0.01,     0.01,     0.01,     0.01,     0.01,     0.01, // 0
         0.01,     0.01,     0.01,     0.01,     0.01,     0.01,     0.01,     0.01,     0.01,     0.01, // 10

@@ -80,7 +80,7 @@ inline constexpr Payload GAM71{
         "experience 1964-1968. Published by Society of Actuaries. Original SOA data covers ages "
         "5-110, no generational improvement factors.",
     .data = {flat("qx_m", literal(GAM71_qx_m)), flat("qx_f", literal(GAM71_qx_f))},
-    .oddities = {.last_decrement = 0.999999, .base_year_none_and_no_mi_scale_factor = true},
+    .deviations = {.last_decrement = 0.999999, .base_year_none_and_no_mi_scale_factor = true},
 };
 static_assert(proved(GAM71));
 
@@ -131,7 +131,7 @@ inline constexpr Payload GAM83{
         "experience 1976-1980. Published by Society of Actuaries. Original SOA data covers ages "
         "5-110, no generational improvement factors.",
     .data = {flat("qx_m", literal(GAM83_qx_m)), flat("qx_f", literal(GAM83_qx_f))},
-    .oddities = {.base_year_none_and_no_mi_scale_factor = true},
+    .deviations = {.base_year_none_and_no_mi_scale_factor = true},
 };
 static_assert(proved(GAM83));
 
@@ -273,7 +273,7 @@ inline constexpr Payload GRMF80{
         "study reprint (Brightwell, Groupe Consultatif, 1997). Experience 1971–1975, SVV member "
         "companies. Static table, ages 15–117, decimal qx (SOA scaling factor 0).",
     .data = {flat("qx_m", literal(GRMF80_qx_m)), flat("qx_f", literal(GRMF80_qx_f))},
-    .oddities = {.last_decrement = 1},
+    .deviations = {.last_decrement = 1},
 };
 static_assert(proved(GRMF80));
 
@@ -371,7 +371,7 @@ inline constexpr Payload GKMF80{
         "Swiss Gruppen Kapital 1980 (group life mortality), male and female. SOA mortality study "
         "reprint. Experience 1971–1975. Static table, ages 15–117, decimal qx.",
     .data = {flat("qx_m", literal(GKMF80_qx_m)), flat("qx_f", literal(GKMF80_qx_f))},
-    .oddities = {.last_decrement = 1},
+    .deviations = {.last_decrement = 1},
 };
 static_assert(proved(GKMF80));
 
@@ -423,7 +423,7 @@ inline constexpr Payload GKMF95{
         "ends at age 120 (q=1); ages 121–126 in qx_m use q=1.0 for array alignment with female "
         "omega.",
     .data = {flat("qx_m", literal(GKMF95_qx_m)), flat("qx_f", literal(GKMF95_qx_f))},
-    .oddities = {.male_certain_from = 120},
+    .deviations = {.male_certain_from = 120},
 };
 static_assert(proved(GKMF95));
 

@@ -495,7 +495,7 @@ inline constexpr Payload IASS90{
         "Tabla histórica de mortalidad de inválidos del Instituto Nacional de la Seguridad "
         "Social (1990)",
     .data = {flat("ix_m", literal(IASS90_ix_m))},
-    .oddities = {.last_decrement = 0.0},
+    .deviations = {.last_decrement = 0.0},
 };
 static_assert(proved(IASS90));
 
@@ -511,7 +511,7 @@ inline constexpr Payload SS90TOT{
     .description =
         "Tabla general de mortalidad de la población de la Seguridad Social española (1990)",
     .data = {flat("ix_m", literal(SS90TOT_ix_m))},
-    .oddities = {.last_decrement = 0.0},
+    .deviations = {.last_decrement = 0.0},
 };
 static_assert(proved(SS90TOT));
 
@@ -529,7 +529,7 @@ inline constexpr Payload SS90ABS{
         "Tabla de mortalidad específica por accidentes y enfermedades profesionales (Seguridad "
         "Social, 1990)",
     .data = {flat("ix_m", literal(IASS90_ix_m))},
-    .oddities = {.last_decrement = 0.0},
+    .deviations = {.last_decrement = 0.0},
 };
 static_assert(proved(SS90ABS));
 

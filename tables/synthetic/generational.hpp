@@ -12,20 +12,20 @@
 
 namespace marlune::tables::synthetic {
 
-constexpr Payload generational(std::string_view name, const Kind &kind, Formula formula,
+constexpr Payload generational(std::string_view name, const Decrement &decrement, Formula formula,
                                int base_year, std::string_view description, const Column &mi_m,
                                const Column &mi_f) {
-  Payload payload = table(name, key_order::formula_first, kind, description);
+  Payload payload = table(name, key_order::formula_first, decrement, description);
   payload.formula = formula;
   payload.base_year = base_year;
-  payload.data = {aggregate_m(kind), aggregate_f(kind), mi_m, mi_f};
+  payload.data = {aggregate_m(decrement), aggregate_f(decrement), mi_m, mi_f};
   return payload;
 }
 
 // The same improvement, by age, for both sexes, in two lists.
-constexpr Payload generational(std::string_view name, const Kind &kind, Formula formula,
+constexpr Payload generational(std::string_view name, const Decrement &decrement, Formula formula,
                                int base_year, std::string_view description, const Rates &mi) {
-  return generational(name, kind, formula, base_year, description, flat("mi_m", mi),
+  return generational(name, decrement, formula, base_year, description, flat("mi_m", mi),
                       flat("mi_f", mi));
 }
 

@@ -11,14 +11,14 @@
 
 namespace marlune::tables::synthetic {
 
-constexpr Payload select_generational(std::string_view name, const Kind &kind, Formula formula,
-                                      int base_year, std::string_view description,
+constexpr Payload select_generational(std::string_view name, const Decrement &decrement,
+                                      Formula formula, int base_year, std::string_view description,
                                       const Column &mi_m, const Column &mi_f) {
-  Payload payload = table(name, key_order::formula_first_select, kind, description);
+  Payload payload = table(name, key_order::formula_first_select, decrement, description);
   payload.formula = formula;
   payload.select_period = 2;
   payload.base_year = base_year;
-  payload.data = {select_m(kind), select_f(kind), mi_m, mi_f};
+  payload.data = {select_m(decrement), select_f(decrement), mi_m, mi_f};
   return payload;
 }
 

@@ -9,18 +9,19 @@
 
 namespace marlune::tables::synthetic {
 
-constexpr Payload select_ultimate(std::string_view name, const Kind &kind,
+constexpr Payload select_ultimate(std::string_view name, const Decrement &decrement,
                                   std::string_view description) {
-  Payload payload = table(name, key_order::select_before_generational, kind, description);
+  Payload payload = table(name, key_order::select_before_generational, decrement, description);
   payload.select_period = 2;
-  payload.data = {select_m(kind), select_f(kind)};
+  payload.data = {select_m(decrement), select_f(decrement)};
   return payload;
 }
 
-constexpr Payload unisex(std::string_view name, const Kind &kind, std::string_view description) {
-  Payload payload = table(name, key_order::sex_independent_first, kind, description);
+constexpr Payload unisex(std::string_view name, const Decrement &decrement,
+                         std::string_view description) {
+  Payload payload = table(name, key_order::sex_independent_first, decrement, description);
   payload.sex_independent = true;
-  payload.data = {aggregate_m(kind)};
+  payload.data = {aggregate_m(decrement)};
   return payload;
 }
 

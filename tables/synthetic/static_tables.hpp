@@ -11,17 +11,17 @@
 
 namespace marlune::tables::synthetic {
 
-constexpr Payload own_lists(std::string_view name, const Kind &kind, std::string_view description,
-                            const Bounded<Column, 4> &data) {
-  Payload payload = table(name, key_order::static_table, kind, description);
+constexpr Payload own_lists(std::string_view name, const Decrement &decrement,
+                            std::string_view description, const Bounded<Column, 4> &data) {
+  Payload payload = table(name, key_order::static_table, decrement, description);
   payload.data = data;
   return payload;
 }
 
 // The two generational tables among them name their base year and formula after the ages.
-constexpr Payload own_lists_gen(std::string_view name, const Kind &kind, int base_year,
+constexpr Payload own_lists_gen(std::string_view name, const Decrement &decrement, int base_year,
                                 std::string_view description, const Bounded<Column, 4> &data) {
-  Payload payload = table(name, key_order::base_year_and_formula_last, kind, description);
+  Payload payload = table(name, key_order::base_year_and_formula_last, decrement, description);
   payload.base_year = base_year;
   payload.formula = Formula::exponential;
   payload.data = data;
@@ -67,7 +67,7 @@ inline constexpr Payload DummyEXIT_Gen = own_lists_gen(
 static_assert(proved(DummyEXIT_Gen));
 
 // No mortality up to age 199: life contingencies reduce to financial mathematics.
-inline constexpr Kind immortal{TableType::life, "qx_m", "qx_f", qx_life, qx_life, 0, 200};
+inline constexpr Decrement immortal{TableType::life, "qx_m", "qx_f", qx_life, qx_life, 0, 200};
 inline constexpr Rates Dummy_qx0_qx = levels({{0.0, 200}, {1.0, 1}});
 inline constexpr Payload Dummy_qx0 = own_lists(
     "Dummy_qx0", immortal,
