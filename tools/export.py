@@ -22,8 +22,8 @@ from typing import Any
 
 from marlune.tables import data_tables
 from tools import TOP, xtbml
-from tools.atlas.__main__ import plain
 from tools.digest import digest_of, digests_of
+from tools.markup import plain
 from tools.provenance import register, warnings_of
 
 TABLES: dict[str, Any] = {**data_tables.REPO_TABLES}

@@ -13,7 +13,7 @@ from fnmatch import fnmatchcase
 from typing import Any
 
 from marlune.tables import data_tables
-from tools.atlas.__main__ import plain
+from tools.markup import plain
 from tools.provenance import register, warnings_of
 
 TABLES: dict[str, Any] = {**data_tables.REPO_TABLES}

@@ -185,6 +185,10 @@ test("a number is read as it is meant, or not at all", () => {
 
 test("a file says unit, source, version and what is not published", () => {
   const csv = (address, comma = false) => csvOf(sheetOf(viewOf(address), atlas), comma).split("\n");
+  assert.match(
+    csv("#GAM94_AA")[2],
+    /^# GAM94_AA: q\(x\) in year t is q\(x\) · \(1 − mi\(x\)\)\^\(t − 1994\)$/,
+  );
   const [about, meant, made, head] = csv("#GAM71");
   assert.ok(about.startsWith(`# GAM71: ${atlas.tables.get("GAM71").source}`));
   assert.match(meant, /^# GAM71: for group annuities.*standing: not stated; age: not stated$/);

@@ -1,11 +1,13 @@
 """The atlas: its logic by node against figures from here, and the ways that people go."""
 
 # ./dev adds: browser npm
+import io
 import json
 import math
 import os
 import subprocess
 import sys
+import zipfile
 from pathlib import Path
 
 import pytest
@@ -18,7 +20,7 @@ import life
 import tools.atlas.__main__ as generator
 from columns import SYNTHETIC, lists_of
 from marlune.tables.data_tables import REPO_TABLES
-from tools import TOP
+from tools import TOP, export
 
 RECONSTRUCTED = ["IASS90", "SS90TOT", "SS90ABS"]
 
@@ -318,6 +320,12 @@ def test_comparing_and_taking_it_away(atlas):
         atlas.one(button).click()
         atlas.until(f"document.getElementById('{said}').textContent === 'Copied.'")
         assert taken in atlas.driver.execute_async_script(read)
+    # All tables, as ./dev export writes them.
+    version = generator.contents()["version"]
+    atlas.one("#everything").click()
+    with zipfile.ZipFile(io.BytesIO(atlas.saved(f"data_tables-{version}.zip"))) as packed:
+        got = {name.partition("/")[2]: packed.read(name) for name in packed.namelist()}
+    assert got == export.contents()
     # The way back leads to the table alone, on a scale that it has.
     atlas.js("history.back()")
     atlas.until("!document.querySelector('#laid li')")

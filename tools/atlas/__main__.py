@@ -18,10 +18,12 @@ import re
 import subprocess
 import sys
 import tempfile
+import zlib
 from pathlib import Path
 
 from marlune.tables import data_tables
-from tools import TOP, digest, provenance
+from tools import TOP, digest, export, provenance
+from tools.markup import MarkupError, as_html, plain
 
 PARTS = Path(__file__).resolve().parent
 COMMITTED = TOP / "docs" / "atlas.html"
@@ -37,7 +39,7 @@ PICTURES = {
 }
 # The table that holds for a life until its annuity starts, from when the other one counts.
 BEFORE = {f"DAV2004R_SelUlt_{order}": f"DAV2004R_Agg_{order}" for order in ("1o", "2o")}
-INSIDE = ("uplot",)  # packages from npm that are in the page
+INSIDE = ("fflate", "uplot")  # packages from npm that are in the page
 BROWSER = (
     "--headless", "--hide-scrollbars", "--no-sandbox", "--disable-gpu", "--disable-quic",
     "--no-first-run", "--disable-background-networking", "--disable-component-update",
@@ -47,32 +49,6 @@ BROWSER = (
 
 class ShapeError(Exception):
     """A text or a file is not what is read here."""
-
-
-# ---- texts of the register of sources ----
-
-
-def as_html(text, where):
-    """Emphasis, code and the text of links; other Markdown is refused."""
-    pieces = re.split(r"(`[^`]+`|\*\*.+?\*\*|\*[^*]+\*|\[[^\]]+\]\([^)]+\))", text)
-    for number, piece in enumerate(pieces):
-        if number % 2 == 0:  # what is between the marked pieces
-            if re.search(r"[`*<>]", piece):
-                raise ShapeError(f"{where}: unknown markup in {piece!r}")
-            pieces[number] = html.escape(piece)
-        elif piece.startswith("`"):
-            pieces[number] = f"<code>{html.escape(piece[1:-1])}</code>"
-        elif piece.startswith("**"):
-            pieces[number] = f"<strong>{as_html(piece[2:-2], where)}</strong>"
-        elif piece.startswith("*"):
-            pieces[number] = f"<em>{as_html(piece[1:-1], where)}</em>"
-        else:
-            pieces[number] = as_html(piece[1 : piece.index("](")], where)
-    return "".join(pieces)
-
-
-def plain(text):
-    return html.unescape(re.sub("<[^>]+>", "", as_html(text, "a text")))
 
 
 # ---- what the page holds ----
@@ -91,9 +67,10 @@ def orders_of(said):
 
 
 def series_of(name, said):
-    """The lists of a table: column, label in it or None, list, whether computed, what is marked.
+    """The lists of a table.
 
-    What holds of a whole column is told by the warnings of the table.
+    Column, label in it or None, list, whether computed, what is marked, order, grade of what is not
+    marked. What holds of a whole column is told by the warnings of the table.
     """
     for entry in said["columns"].values():
         marks = [
@@ -102,11 +79,13 @@ def series_of(name, said):
             for first, last in entry[kind]
             if [first, last] != entry["ages"]
         ]
+        unmarked = {**entry, **{mark["kind"]: [] for mark in marks}}
+        grade = export.grade_of(unmarked, entry["ages"][0])
         column = data_tables.REPO_TABLES[name]["data"][entry["key"]]
         for label in entry["labels"] or [None]:
             rates = column if label is None else column[label]
             shown = None if label is None else str(label)
-            yield entry["key"], shown, rates, bool(entry["computed"]), marks
+            yield entry["key"], shown, rates, bool(entry["computed"]), marks, entry["order"], grade
 
 
 def doubts_of(name, said):
@@ -118,10 +97,7 @@ def doubts_of(name, said):
 
 
 def facts_of(name, said, family):
-    """What is said of a table and its family, name and text."""
-    for heading, key in (("To project", "projection"), ("Select rates go by", "select")):
-        if said[key]:
-            yield heading, as_html(said[key] + ".", name)
+    """What is said of a family, name and text."""
     for heading, text in provenance.items_of(family):
         yield heading, as_html(text, name)
 
@@ -139,6 +115,8 @@ def table_of(name, said, family, lists):
         "standing": said["standing"],
         "warning": provenance.warnings_of(name),
         "age_basis": said["age_basis"],
+        "projection": said["projection"] and plain(said["projection"]),
+        "select": said["select"] and plain(said["select"]),
         "before": BEFORE.get(name),
         "decrement": decrement_of(said),
         "family": family["title"],
@@ -167,6 +145,13 @@ def release_date(version):
     return dated[1]
 
 
+def packed_files():
+    """What ./dev export writes, but for the rates, which the page has already."""
+    files = {name: each.decode() for name, each in export.contents().items() if name != "rates.csv"}
+    text = json.dumps(files, ensure_ascii=False, separators=(",", ":"))
+    return base64.b64encode(zlib.compress(text.encode(), 9)).decode()
+
+
 def contents():
     """All that the page shows, with every distinct list once."""
     register = provenance.register()
@@ -185,6 +170,8 @@ def contents():
         "invented": as_html(f"{invented}.", "synthetic"),
         "tables": tables,
         "lists": list(lists),
+        "rates": [each["name"] for each in export.fields_of(export.RATES)],
+        "files": packed_files(),
     }
 
 
@@ -305,6 +292,15 @@ def paint(file, folder):
             driver.quit()
 
 
+def unpacked(text):
+    """A page with its files as texts: not every library packs them into the same bytes."""
+    return re.sub(
+        r'(?<="files":")[^"]+',
+        lambda found: zlib.decompress(base64.b64decode(found[0])).decode(),
+        text,
+    )
+
+
 def arguments():
     parser = argparse.ArgumentParser(prog="atlas", description=__doc__.partition("\n")[0])
     parser.add_argument("file", nargs="?", type=Path, default=TOP / "build" / "atlas.html")
@@ -323,10 +319,10 @@ def main():
     options = arguments()
     try:
         text = page()
-    except ShapeError as error:
+    except (ShapeError, MarkupError) as error:
         sys.exit(f"atlas: {error}")
     if options.check:
-        if not COMMITTED.exists() or COMMITTED.read_text(encoding="utf-8") != text:
+        if not COMMITTED.exists() or unpacked(COMMITTED.read_text("utf-8")) != unpacked(text):
             sys.exit("docs/atlas.html is not up to date: ./dev atlas docs/atlas.html")
         return
     options.file.parent.mkdir(parents=True, exist_ok=True)

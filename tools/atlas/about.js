@@ -84,7 +84,14 @@ function doubtsOf(table) {
 function sourcesOf(table) {
   const title = el("h4", `${table.name}: ${table.family}`);
   if (table.invented) return [title, markup("p", atlas.invented)];
-  const facts = table.facts.map(([name, text]) => el("div", el("dt", name), markup("dd", text)));
+  const read = Object.entries({
+    "To project": table.projection,
+    "Select rates go by": table.select,
+  });
+  const facts = [
+    ...read.filter(([, text]) => text).map(([name, text]) => [name, el("dd", `${text}.`)]),
+    ...table.facts.map(([name, text]) => [name, markup("dd", text)]),
+  ].map(([name, dd]) => el("div", el("dt", name), dd));
   const heads = atlas.heads.map((text) => el("th", { scope: "col" }, text));
   const rows = table.rows.map((cells) =>
     el(

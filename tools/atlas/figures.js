@@ -89,9 +89,9 @@ function rowOf(told, group, columns, cellOf = null) {
 }
 
 function tableOf(view, columns) {
-  const projected = tablesOf(view).flatMap(({ name, facts }) =>
-    facts.filter(([what]) => what === "To project").map(([, text]) => `${name}: ${text}`),
-  );
+  const projected = tablesOf(view)
+    .filter(({ projection }) => projection)
+    .map(({ name, projection }) => `${name}: ${projection}.`);
   const stored = view.time.kind === "stored" || !projected.length;
   const formula = stored ? "As stored." : projected.join(" ");
   const rate = rowOf({ name: "rate", how: "of the next year", formula }, "own", columns, (one) =>
@@ -115,14 +115,13 @@ function tableOf(view, columns) {
 function decidersOf(view, tables, columns) {
   const then = yearAt(view.time, view.age);
   const notes = tables.flatMap((table) => {
-    const select = table.facts.find(([what]) => what === "Select rates go by");
     const grid = table.series.filter(
       ({ kind, shape }) => kind === "improvement" && shape === "years",
     );
     const last = Math.max(...grid.map(({ label }) => Number(label)));
     const beyond = then !== null && grid.length && then + table.end - view.age > last;
     return [
-      select && `${table.name}: select rates go by ${select[1]}`,
+      table.select && `${table.name}: select rates go by ${table.select}.`,
       beyond && `${table.name}: the improvement of ${last} is that of every later year.`,
     ];
   });
@@ -131,7 +130,7 @@ function decidersOf(view, tables, columns) {
     const who = `${percent} % of the ${SEXES[life.sex]} are alive at the end of the table`;
     notes.push(`${life.table.name}: ${who}; nothing after it is counted.`);
   }
-  return [...new Set(notes.filter(Boolean))].map((text) => markup("li", text));
+  return [...new Set(notes.filter(Boolean))].map((text) => el("li", text));
 }
 
 function titleOf({ time }, age, tables) {

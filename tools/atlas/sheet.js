@@ -75,12 +75,13 @@ export function sheetOf(view, { version, date, digest }) {
     return [
       `${table.name}: ${source}${base}`,
       ...(table.invented ? [] : [`${table.name}: ${meant}`]),
+      ...(table.projection ? [`${table.name}: ${table.projection}`] : []),
       ...(table.warning ? [`${table.name}: WARNING: ${table.warning}`] : []),
     ];
   });
   about.push(`data_tables ${version} of ${date}, catalogue ${digest}`);
   if (series.some((one) => projects(one, view.time))) {
-    about.push(`Rates ${timeText(view.time)}: projected by the formulas of the tables`);
+    about.push(`Rates ${timeText(view.time)}: projected as said of each table`);
   }
   const names = noted.map((table) => (tables.length > 1 ? `${table.name} note` : "note"));
   const head = ["age", ...columns.map((column) => `${column.head} [${column.unit}]`), ...names];

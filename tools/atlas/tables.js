@@ -16,12 +16,25 @@ function shapeOf(all) {
   return all.at(-1).label === "ult" ? "durations" : "years";
 }
 
-function seriesFrom(table, lists, [column, label, list, computed, marks]) {
+function seriesFrom(table, lists, [column, label, list, computed, marks, order, grade]) {
   const kind = column.toLowerCase().startsWith("mi_") ? "improvement" : "rates";
   const name = label === null ? column : `${column}.${label}`;
   const sex = table.meta.get("sex_independent") ? "u" : column.slice(-1);
   const permille = kind === "rates" && table.permille;
-  return { table, column, label, name, kind, sex, permille, computed, marks, ...lists[list] };
+  return {
+    table,
+    column,
+    label,
+    name,
+    kind,
+    sex,
+    permille,
+    computed,
+    marks,
+    order,
+    grade,
+    ...lists[list],
+  };
 }
 
 function tableFrom(given, lists) {

@@ -2,6 +2,7 @@
 
 import { tablesOf } from "./address.js";
 import { byId, el, save } from "./dom.js";
+import { zipOf } from "./files.js";
 import { csvOf, fileName, sheetOf, tabbed } from "./sheet.js";
 import { atlas, change, state } from "./state.js";
 
@@ -62,7 +63,13 @@ function download() {
   save(fileName(view, "csv"), "text/csv", csvOf(sheetOf(view, atlas), view.comma));
 }
 
+function downloadAll() {
+  const { name, bytes } = zipOf(atlas);
+  save(name, "application/zip", new Blob([bytes], { type: "application/zip" }));
+}
+
 export function startValues() {
+  byId("everything").addEventListener("click", downloadAll);
   byId("all").addEventListener("change", (event) => change({ all: event.target.checked }));
   byId("csv").addEventListener("change", (event) =>
     change({ comma: event.target.value === "comma" }),
