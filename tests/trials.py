@@ -82,7 +82,7 @@ def forked(action):
 
 # ---- memory runs out ----
 
-BLOCK = 16
+ENOUGH = 16
 
 
 def of_interpreter(first, end):
@@ -110,16 +110,17 @@ def fails(action, allocations, first, end):
     return False
 
 
-def sweep(action, check, allocations, lasting, first, step):
+def sweep(action, check, allocations, lasting, first, step, block):
     """At how many points, every step-th allocation from the first on, the action fails.
 
     Blocks of points are tried in forks, each with the memory of a process in which nothing has
-    failed. `check` looks at what every point has left behind; at the end of a block the action has
-    to succeed. The sweep is over when nothing has failed at as many points as a block has.
+    failed: one point to a fork where something is done once in a process. `check` looks at what
+    every point has left behind; at the end of a block the action has to succeed. The sweep is over
+    when nothing has failed in so many blocks in a row.
     """
 
-    def block():
-        for index in range(BLOCK):
+    def try_block():
+        for index in range(block):
             point = start + index * step
             try:
                 failed = fails(action, allocations, point, 0 if lasting else point + 1)
@@ -131,14 +132,14 @@ def sweep(action, check, allocations, lasting, first, step):
                 return index
         action()
         check(False)
-        return BLOCK
+        return block
 
     start, failed, sound = first, 0, 0
-    while sound < BLOCK:
-        failures = forked(block)
+    while sound < ENOUGH:
+        failures = forked(try_block)
         failed += failures
-        start += min(failures + 1, BLOCK) * step
-        sound = 0 if failures == BLOCK else 1 if failures else sound + 1
+        start += min(failures + 1, block) * step
+        sound = 0 if failures == block else 1 if failures else sound + 1
     return failed
 
 

@@ -32,10 +32,12 @@ void add_traceback(const char *function, int line, PyObject *globals) {
   const Reference frame = new_frame(function, line, globals);
   // Without an entry, the exception goes on.
   PyErr_Clear();
-  PyErr_SetRaisedException(pending);
+  PyErr_SetRaisedException(Py_NewRef(pending));
   if (frame) {
     PyTraceBack_Here(reinterpret_cast<PyFrameObject *>(frame.get()));
   }
+  // Where there is no memory for the entry itself, the interpreter has raised that instead.
+  PyErr_SetRaisedException(pending);
 }
 
 } // namespace marlune::tables
