@@ -213,23 +213,23 @@ def scaled(folder, factor):
 
     body, inventory = "tables/body.hpp", "tables/inventory.hpp"
     plans = "tables/payload/plans.hpp"
-    copies, statements = [], []
+    copies, bindings = [], []
     names = re.findall(r'^    "(.*)",$', sources[inventory], re.MULTILINE)
     bound = re.findall(r"^    (table|call)\((.*)\),$", sources[body], re.MULTILINE)
     for copy in range(1, factor):
         for use, name in bound:
             if use == "call":
-                statements.append("    call(" + name.replace('",', f'_{copy}",', 1) + "),")
+                bindings.append("    call(" + name.replace('",', f'_{copy}",', 1) + "),")
                 continue
             own = name.split("::")[1] + f"_{copy}"
             copies.append(
                 f"inline constexpr Payload {own} = scaled::copy_of<{name}, {copy}>("
                 f'"{own}", "_DAV2004R_DATA_{copy}");'
             )
-            statements.append(f"    table({own}),")
+            bindings.append(f"    table({own}),")
     change(body, r"^namespace", '#include "scaled.hpp"\n\nnamespace')
-    change(body, r"^inline constexpr Statement body", "\n".join([*copies, "", r"\g<0>"]))
-    change(body, r"^    inventory\(", "\n".join([*statements, "    inventory("]))
+    change(body, r"^inline constexpr Binding body", "\n".join([*copies, "", r"\g<0>"]))
+    change(body, r"^    inventory\(", "\n".join([*bindings, "    inventory("]))
     names += [f"{name}_{copy}" for copy in range(1, factor) for name in names]
     change(inventory, r'(^    ".*",\n)+', "".join(f'    "{name}",\n' for name in names))
     # Room for more; indices of 32 bits, because 16 do not reach.

@@ -1,6 +1,6 @@
 #pragma once
 
-// The module body: what the import binds, in the order in which it binds it. A statement binds one
+// The module body: what the import binds, in the order in which it binds it. A binding is of one
 // attribute, and its line is the one that a traceback of a failed import shows. The traceback names
 // no file but "data_tables", so every line that "init data_tables" shows is one of this file.
 
@@ -16,15 +16,15 @@
 #include "synthetic/select_unisex.hpp"
 #include "synthetic/static_tables.hpp"
 
-#include "statement.hpp"
+#include "binding.hpp"
 
 namespace marlune::tables {
 
-// What the exec step does before the first statement.
+// What the exec step does before the first binding.
 inline constexpr int short_name_line = __LINE__; // registers the module under its short name
 inline constexpr int builtins_line = __LINE__;   // finds zip and round
 
-inline constexpr Statement body[] = {
+inline constexpr Binding body[] = {
     // Spain
     table(published::PER2020_Col_2o),
     table(published::PER2020_Col_1o),

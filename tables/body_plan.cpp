@@ -1,86 +1,29 @@
 #include "body_plan.hpp"
 
-#include "body.hpp"
-#include "dav2004r/resolve_operands.hpp"
-#include "inventory.hpp"
-#include "payload/plan_builder.hpp"
+#include "resolve_body.hpp"
 
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <iterator>
 
 namespace marlune::tables {
 
 namespace {
 
-static_assert([] {
-  Bounded<std::string_view, std::size(body)> bound;
-  for (const Statement &statement : body) {
-    if (statement.kind == Statement::Kind::table) {
-      bound.push_back(statement.name);
-    }
-  }
-  prove_inventory(inventory_names, {bound.begin(), bound.end()});
-  return true;
-}());
-
-struct Resolved {
-  PlanBuilder builder;
-  dav2004r::Operands operands{};
-  std::array<Step, std::size(body)> steps{};
-  std::array<Index, std::size(inventory_names)> inventory{};
-  Index module_name = 0;
-};
-
-constexpr Step resolve(const Statement &statement, PlanBuilder &builder) {
-  Step step{.kind = statement.kind,
-            .name = builder.constants.add(statement.name),
-            .function = statement.function,
-            .line = static_cast<int>(statement.place.line())};
-  switch (statement.kind) {
-  case Statement::Kind::table:
-    step.plan = builder.add(*statement.payload);
-    break;
-  case Statement::Kind::base_vector:
-    step.plan = builder.add(literal(statement.base_vector->rates));
-    break;
-  case Statement::Kind::call:
-    step.callee = builder.constants.add(statement.callee);
-    break;
-  case Statement::Kind::function:
-  case Statement::Kind::inventory:
-  case Statement::Kind::empty_dict:
-    break;
-  }
-  return step;
-}
-
-constexpr Resolved resolved = [] {
-  Resolved result;
-  PlanBuilder &builder = result.builder;
-  // First, because its years have to follow each other.
-  result.operands = dav2004r::resolve_operands(builder);
-  std::ranges::transform(body, result.steps.begin(),
-                         [&](const Statement &statement) { return resolve(statement, builder); });
-  std::ranges::transform(inventory_names, result.inventory.begin(),
-                         [&](std::string_view name) { return builder.constants.add(name); });
-  result.module_name = builder.constants.add("data_tables");
-  return result;
-}();
+constexpr ResolvedBody resolved = resolve_body();
 
 constexpr TextPlan plan_of(std::string_view text) {
-  TextPlan plan{.length = index_of(text.size()), .kind = TextPlan::Kind::identifier};
+  TextPlan plan{.length = index_of(text.size()), .charset = TextPlan::Charset::identifier};
   for (const char letter : text) {
     const bool of_identifier = (letter >= 'a' && letter <= 'z') ||
                                (letter >= 'A' && letter <= 'Z') ||
                                (letter >= '0' && letter <= '9') || letter == '_';
     if (static_cast<unsigned char>(letter) >= 0x80U) {
-      plan.kind = TextPlan::Kind::other;
+      plan.charset = TextPlan::Charset::other;
       break;
     }
     if (!of_identifier) {
-      plan.kind = TextPlan::Kind::ascii;
+      plan.charset = TextPlan::Charset::ascii;
     }
   }
   return plan;
@@ -127,7 +70,7 @@ constexpr auto entries = cut_to_length<all.entries.size()>(all.entries);
 constexpr auto columns = cut_to_length<all.columns.size()>(all.columns);
 constexpr auto fields = cut_to_length<all.fields.size()>(all.fields);
 constexpr auto payloads = cut_to_length<all.payloads.size()>(all.payloads);
-constexpr auto steps = resolved.steps;
+constexpr auto bindings = resolved.bindings;
 constexpr auto inventory_constants = resolved.inventory;
 
 PyFloatObject float_objects[floats.size()];
@@ -137,7 +80,7 @@ PyFloatObject float_objects[floats.size()];
 constexpr BodyPlan body_plan{
     .plans = {ints, text_bytes, texts, floats, slots, lists, entries, columns, fields, payloads},
     .floats = float_objects,
-    .steps = steps,
+    .bindings = bindings,
     .inventory = inventory_constants,
     .module_name = resolved.module_name,
     .short_name_line = short_name_line,

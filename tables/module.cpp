@@ -92,7 +92,7 @@ Reference new_module(PyObject *spec) {
 
 PyObject *create(PyObject *spec, PyModuleDef * /*definition*/) {
   Reference module;
-  const bool created = succeeds([&] {
+  const bool created = try_call([&] {
     require_same_interpreter();
     module = state().module ? Reference::borrow(state().module.get()) : new_module(spec);
   });
@@ -127,10 +127,10 @@ void register_short_name(PyObject *module) {
 
 // How far the exec step has come, for the traceback of its failure.
 struct Progress {
-  int line = 0; // of the statement at work; 0 while the module has no constants
+  int line = 0; // of the binding at work; 0 while the module has no constants
 };
 
-void bring_to_life(PyObject *module, Progress &progress) {
+void set_up_module(PyObject *module, Progress &progress) {
   state().module = Reference::borrow(module);
   const auto live = std::make_shared<Context>(Context{.plans = body_plan.plans});
   Reference builtins = Reference::steal(PyImport_AddModuleRef("builtins"));
@@ -173,7 +173,7 @@ int exec(PyObject *module) {
     return -1;
   }
   Progress progress;
-  return succeeds([&] { bring_to_life(module, progress); }) ? 0 : abort_import(module, progress);
+  return try_call([&] { set_up_module(module, progress); }) ? 0 : abort_import(module, progress);
 }
 
 PyModuleDef_Slot slots[] = {

@@ -26,20 +26,20 @@ Reference new_inventory(const Context &context) {
   return tables;
 }
 
-Reference value_of(const Step &step, const Context &context) {
+Reference value_of(const BindingPlan &binding, const Context &context) {
   const ObjectMaker maker(context);
-  switch (step.kind) {
-  case Statement::Kind::table:
-    return maker.payload(step.plan);
-  case Statement::Kind::base_vector:
-    return maker.list(step.plan);
-  case Statement::Kind::function:
-    return new_function(context, step.function);
-  case Statement::Kind::call:
-    return call_attribute(context, step.callee);
-  case Statement::Kind::inventory:
+  switch (binding.kind) {
+  case Binding::Kind::table:
+    return maker.payload(binding.plan);
+  case Binding::Kind::base_vector:
+    return maker.list(binding.plan);
+  case Binding::Kind::function:
+    return new_function(context, binding.function);
+  case Binding::Kind::call:
+    return call_attribute(context, binding.callee);
+  case Binding::Kind::inventory:
     return new_inventory(context);
-  case Statement::Kind::empty_dict:
+  case Binding::Kind::empty_dict:
     return Reference::steal(PyDict_New());
   }
   Py_UNREACHABLE();
@@ -48,9 +48,9 @@ Reference value_of(const Step &step, const Context &context) {
 } // namespace
 
 void run_body(const Context &context, int &line) {
-  for (const Step &step : body_plan.steps) {
-    line = step.line;
-    context.names.bind(context.constants[step.name], value_of(step, context));
+  for (const BindingPlan &binding : body_plan.bindings) {
+    line = binding.line;
+    context.names.bind(context.constants[binding.name], value_of(binding, context));
   }
 }
 

@@ -85,11 +85,11 @@ Reference year_key(const Context *context, int year) {
 }
 
 // Whose trends these are, when they still are those of the publication.
-const SexOperands *known_sex(const Context &context, const TrendArguments &trends) {
+const SexOperands *published_sex(const Context &context, const TrendArguments &trends) {
   const ObjectMaker maker(context);
   for (const SexOperands *const sex : {&operands.m, &operands.f}) {
-    if (maker.is_known(trends.start, sex->start_2o) &&
-        maker.is_known(trends.target, sex->target_2o)) {
+    if (maker.is_unchanged(trends.start, sex->start_2o) &&
+        maker.is_unchanged(trends.target, sex->target_2o)) {
       return sex;
     }
   }
@@ -97,7 +97,8 @@ const SexOperands *known_sex(const Context &context, const TrendArguments &trend
 }
 
 Reference improvement_grid(const Context *context, const TrendArguments &trends) {
-  const SexOperands *const known = context != nullptr ? known_sex(*context, trends) : nullptr;
+  const SexOperands *const published =
+      context != nullptr ? published_sex(*context, trends) : nullptr;
   Reference grid = Reference::steal(PyDict_New());
   const auto add = [&](int year, const Reference &rates) {
     set_item(grid, year_key(context, year).get(), rates.get());
@@ -105,8 +106,8 @@ Reference improvement_grid(const Context *context, const TrendArguments &trends)
   add(first_year, copy_of(trends.start));
   for (int year = first_year + 1; year < last_year; ++year) {
     const auto later = static_cast<std::size_t>(year - first_year - 1);
-    add(year, known != nullptr ? ObjectMaker(*context).list(known->blended[later])
-                               : blended(context, trends, year));
+    add(year, published != nullptr ? ObjectMaker(*context).list(published->blended[later])
+                                   : blended(context, trends, year));
   }
   add(last_year, copy_of(trends.target));
   return grid;
@@ -150,16 +151,17 @@ Reference select_duration(const Reference &ultimate, PyObject *factor) {
   return std::move(items).list();
 }
 
-// `known` are the lists of its durations for an ultimate column that is that of the plan.
+// `precomputed` are the lists of the durations where the ultimate column still is that of the plan.
 Reference select_mapping(const Context &context, const Reference &ultimate, Index plan,
-                         const ByDuration &known, const ByDuration &factors) {
+                         const ByDuration &precomputed, const ByDuration &factors) {
   const ObjectMaker maker(context);
-  // Until the mapping is full: making known lists runs nobody else's code.
-  const bool is_known = maker.is_known(ultimate.get(), plan);
+  // Until the mapping is full: making lists of constants runs nobody else's code.
+  const bool is_unchanged = maker.is_unchanged(ultimate.get(), plan);
   Reference mapping = Reference::steal(PyDict_New());
   for (std::size_t index = 0; index < factors.size(); ++index) {
-    const Reference rates = is_known ? maker.list(known[index])
-                                     : select_duration(ultimate, context.constants[factors[index]]);
+    const Reference rates = is_unchanged
+                                ? maker.list(precomputed[index])
+                                : select_duration(ultimate, context.constants[factors[index]]);
     set_item(mapping, context.constants[operands.durations[index]], rates.get());
   }
   set_item(mapping, context.constants[operands.ult], ultimate.get());

@@ -12,7 +12,7 @@ namespace marlune::tables {
 
 // Runs `action`; false when it failed, with the interpreter's exception pending. What nobody meant
 // to be thrown stops here, too: the process is somebody else's.
-template <class Action> bool succeeds(Action action) {
+template <class Action> bool try_call(Action action) {
   try {
     action();
     return true;
@@ -35,7 +35,7 @@ template <class Action> bool succeeds(Action action) {
 template <class Action>
 PyObject *guarded(const char *function, int line, PyObject *globals, Action action) {
   Reference result;
-  if (succeeds([&] { result = action(); })) {
+  if (try_call([&] { result = action(); })) {
     return result.release();
   }
   add_traceback(function, line, globals);

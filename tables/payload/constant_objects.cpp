@@ -16,10 +16,10 @@ namespace {
 
 Reference text_object(const TextPlan &plan, const char *bytes) {
   const Py_ssize_t length = plan.length;
-  PyObject *text = plan.kind == TextPlan::Kind::other
+  PyObject *text = plan.charset == TextPlan::Charset::other
                        ? PyUnicode_FromStringAndSize(bytes, length)
                        : PyUnicode_FromKindAndData(PyUnicode_1BYTE_KIND, bytes, length);
-  if (text != nullptr && plan.kind == TextPlan::Kind::identifier) {
+  if (text != nullptr && plan.charset == TextPlan::Charset::identifier) {
     PyUnicode_InternInPlace(&text);
   }
   Reference owned = Reference::steal(text);

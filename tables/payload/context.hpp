@@ -9,7 +9,7 @@
 namespace marlune::tables {
 
 // What objects are made from: the plans, one object for every constant of theirs, and the names and
-// builtins that they find at import. The module has it from before the first statement of its body,
+// builtins that they find at import. The module has it from before the first binding of its body,
 // and after a successful import for ever. A failed import gives it up; a function that still runs
 // then keeps its share.
 struct Context {

@@ -47,22 +47,22 @@ Reference ObjectMaker::mapping(const ColumnPlan &plan) const {
 Reference ObjectMaker::list(Index index) const {
   const ListPlan &plan = context_.plans.lists[index];
   if (plan.origin == Rates::Origin::literal) {
-    return known_list(plan);
+    return constant_list(plan);
   }
   Reference base = context_.names.find(context_.constants[plan.base]);
   if (plan.origin == Rates::Origin::shared) {
     return base;
   }
-  return is_known(base.get(), plan.base_first, plan.length) ? known_list(plan)
-                                                            : computed_list(plan, base);
+  return is_unchanged(base.get(), plan.base_first, plan.length) ? constant_list(plan)
+                                                                : computed_list(plan, base);
 }
 
-bool ObjectMaker::is_known(PyObject *list, Index index) const {
-  const ListPlan &known = context_.plans.lists[index];
-  return is_known(list, known.first, known.length);
+bool ObjectMaker::is_unchanged(PyObject *list, Index index) const {
+  const ListPlan &plan = context_.plans.lists[index];
+  return is_unchanged(list, plan.first, plan.length);
 }
 
-bool ObjectMaker::is_known(PyObject *list, Index first, Index length) const {
+bool ObjectMaker::is_unchanged(PyObject *list, Index first, Index length) const {
   if (!context_.builtins.are_own || !PyList_CheckExact(list) || PyList_GET_SIZE(list) != length) {
     return false;
   }
@@ -77,7 +77,7 @@ bool ObjectMaker::is_known(PyObject *list, Index first, Index length) const {
   return items[last] == context_.constants[slots[last]];
 }
 
-Reference ObjectMaker::known_list(const ListPlan &plan) const {
+Reference ObjectMaker::constant_list(const ListPlan &plan) const {
   Reference list = Reference::steal(PyList_New(plan.length));
   const Index *const slots = &context_.plans.slots[plan.first];
   PyObject **const items = PySequence_Fast_ITEMS(list.get());

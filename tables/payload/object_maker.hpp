@@ -20,15 +20,15 @@ public:
 
   // Whether the list still is what the compiler computed from: the very objects of that plan, with
   // the interpreter's own builtins. Then what it computed is what the rule would give now.
-  [[nodiscard]] bool is_known(PyObject *list, Index index) const;
+  [[nodiscard]] bool is_unchanged(PyObject *list, Index index) const;
 
 private:
   [[nodiscard]] Reference data(const PayloadPlan &plan) const;
   [[nodiscard]] Reference column(const ColumnPlan &plan) const;
   [[nodiscard]] Reference mapping(const ColumnPlan &plan) const;
 
-  [[nodiscard]] bool is_known(PyObject *list, Index first, Index length) const;
-  [[nodiscard]] Reference known_list(const ListPlan &plan) const;
+  [[nodiscard]] bool is_unchanged(PyObject *list, Index first, Index length) const;
+  [[nodiscard]] Reference constant_list(const ListPlan &plan) const;
   [[nodiscard]] Reference computed_list(const ListPlan &plan, const Reference &base) const;
 
   const Context &context_;

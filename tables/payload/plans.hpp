@@ -49,14 +49,14 @@ inline constexpr std::size_t first_float = first_text + room::texts;
 
 // One text: the next `length` bytes of all texts, UTF-8.
 struct TextPlan {
-  enum class Kind : std::uint8_t {
+  enum class Charset : std::uint8_t {
     identifier, // ASCII letters, digits and underscores alone: interned
     ascii,
     other,
   };
 
   Index length = 0;
-  Kind kind = Kind::other;
+  Charset charset = Charset::other;
 };
 
 // One list: the range of slots that hold the constants of its entries, floats all of them but perhaps
