@@ -6,11 +6,11 @@ from marlune.tables.data_tables import REPO_TABLES, PER2020_Ind_1o
 from tools import TOP
 from tools.provenance import (
     ProvenanceError,
+    age_ranges,
     markdown,
     once,
     register,
     titled,
-    told,
     warnings_of,
     wrapped,
 )  # fmt: skip
@@ -76,7 +76,7 @@ def completed_of(name):
     by_ages = {}
     for column, entry in register()["tables"][name]["columns"].items():
         if entry["completed"]:
-            by_ages.setdefault(told(entry["completed"]), []).append(f"`{column}`")
+            by_ages.setdefault(age_ranges(entry["completed"]), []).append(f"`{column}`")
     return "; ".join(f"{', '.join(columns)} {ages}" for ages, columns in by_ages.items()) or "-"
 
 
@@ -95,14 +95,14 @@ def family_of(family):
     head = ("name", "for", "doubts", "completed", "published name")
     if not family["country"]:  # synthetic tables have no other name, and nothing to doubt
         head, rows = head[:2], [row[:2] for row in rows]
-    said = [
+    items = [
         wrapped(f"- **{titled(kind)}**: {text}" + (f": {tables}." if tables else "."))
         for kind in ("standing", "age_basis", "projection", "select")
         for text, tables in once(names, kind)
         if family["country"] or kind in ("projection", "select")
     ]
     title = f"### {family['title']}, {family['country']}"
-    return [title] * bool(family["country"]) + [markdown(head, rows), "\n".join(said)]
+    return [title] * bool(family["country"]) + [markdown(head, rows), "\n".join(items)]
 
 
 def tables_of_document():

@@ -50,8 +50,8 @@ def problems_of(changelog: str, register: str, version: str) -> Iterator[str]:
         above, release = release, section.split(maxsplit=1)[0]
         if number == 0 and release != version:
             yield f"the newest section is {release}, the version in pyproject.toml is {version}"
-        told = re.search(r"[Dd]igest of all columns: `(.*)`", section)
-        if told is None or told[1] != digest_of(columns):
+        stated = re.search(r"[Dd]igest of all columns: `(.*)`", section)
+        if stated is None or stated[1] != digest_of(columns):
             what = "the register" if number == 0 else f"undoing the rows of {above}"
             yield f"{release}: digest of all columns: {what} gives {digest_of(columns)}"
             return

@@ -117,8 +117,8 @@ def grade_of(entry: dict[str, Any], age: int) -> str:
 
 def rates_of(name: str) -> Iterator[list[Any]]:
     """The rows of a table in rates.csv, in the order of the module."""
-    payload, said = TABLES[name], register()["tables"][name]
-    for entry in said["columns"].values():
+    payload, record = TABLES[name], register()["tables"][name]
+    for entry in record["columns"].values():
         key, ages = entry["key"], range(payload["start_age"], payload["omega"] + 1)
         sex = "unisex" if payload.get("sex_independent") else SEXES[key[-1]]
         for label in entry["labels"] or [None]:
@@ -143,28 +143,28 @@ def shape_of_improvement(payload: dict[str, Any]) -> str | None:
 
 def table_row(name: str, digest: str) -> list[Any]:
     """The row of a table in tables.csv. Texts of the register lose their markup."""
-    payload, said = TABLES[name], register()["tables"][name]
-    family = register()["families"][said["family"]]
+    payload, record = TABLES[name], register()["tables"][name]
+    family = register()["families"][record["family"]]
     formula, shape = payload.get("generational_formula_type"), shape_of_improvement(payload)
     # Of the years between those that synthetic tables have no text says anything.
-    gaps = said["invented"] and formula == "exponential_improvement" and shape == "by year"
+    gaps = record["invented"] and formula == "exponential_improvement" and shape == "by year"
     documents = dict.fromkeys(
-        each for entry in said["columns"].values() for each in entry["documents"]
+        each for entry in record["columns"].values() for each in entry["documents"]
     )
     texts = {
-        kind + suffix: said[kind][word]
+        kind + suffix: record[kind][word]
         for kind in ("use", "standing", "age_basis")
         for suffix, word in (("", "text"), ("_source", "source"))
     }
-    doubts = (f"{each['grade']}: {each['text']}" for each in said["doubts"])
+    doubts = (f"{each['grade']}: {each['text']}" for each in record["doubts"])
     texts |= {word: family[word] for word in ("country", "issuer", "publication")}
     texts |= {
-        "family": family["title"], "formula": said["projection"], "warning": warnings_of(name),
-        "select_reading": said["select"], "doubts": " | ".join(doubts),
+        "family": family["title"], "formula": record["projection"], "warning": warnings_of(name),
+        "select_reading": record["select"], "doubts": " | ".join(doubts),
     }  # fmt: skip
     cells = payload | {key: plain(text or "") for key, text in texts.items()}
     cells |= {
-        "name": name, "published_name": payload["table_name"], "synthetic": said["invented"],
+        "name": name, "published_name": payload["table_name"], "synthetic": record["invented"],
         "type": payload["table_type"], "columns": " ".join(payload["data"]),
         "sex_independent": payload.get("sex_independent", False),
         "select": payload.get("select", False),
@@ -214,10 +214,10 @@ def description_of(rates: bytes, tables: bytes, version: str, digest: str) -> by
     sources = [
         {
             "title": name,
-            "description": plain(f"{said['what']}. Copy: {said.get('copy', 'not recorded')}."),
-            "sha256": said["sha256"],
+            "description": plain(f"{each['what']}. Copy: {each.get('copy', 'not recorded')}."),
+            "sha256": each["sha256"],
         }
-        for name, said in register()["documents"].items()
+        for name, each in register()["documents"].items()
     ]
     package = {
         "$schema": "https://datapackage.org/profiles/2.0/datapackage.json",

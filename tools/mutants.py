@@ -159,7 +159,7 @@ def run(copy, seconds, *command, **environment):
     return done.returncode, done.stdout + done.stderr
 
 
-def told(status, output):
+def reason_of(status, output):
     """What a failed run says: the test, the compiler's sentence, or how the process ended."""
     if status is None:
         return "the time that it takes"
@@ -186,7 +186,7 @@ def tests(copy, build, arguments):
     """The first test that fails on a build of the copy; None when all pass."""
     command = ("./dev", "test", "-x", "-q", *arguments)
     status, output = run(copy, 1200, *command, DATA_TABLES_BUILD=build)
-    return None if status == 0 else told(status, output)
+    return None if status == 0 else reason_of(status, output)
 
 
 def noticed_by(copy, mutant):

@@ -33,7 +33,7 @@ HEAD = (
     "table", "column", "place", "unit", "order", "basis", "ages", "not published", "closing",
     "decimals", "verified", "digest",
 )  # fmt: skip
-# What a file says, what is marked it has to; the rest would go unread.
+# What a file says, what is marked it has to; whatever else stands there is an error.
 WORDS = {
     "family": "title! country issuer! publication! use! standing! age_basis! reading grids default"
     " columns! agreed facts doubts",
@@ -74,10 +74,10 @@ def expect_words(kind, item, *where):
 
 def read_family(path):
     """A family as its file says it."""
-    said = read_toml(path.name)
-    expect_words("family", said, path.name)
-    lists = {kind: said.get(kind, []) for kind in (*MEANING, "reading", "columns", "doubts")}
-    default = said.get("default", {})
+    family = read_toml(path.name)
+    expect_words("family", family, path.name)
+    lists = {kind: family.get(kind, []) for kind in (*MEANING, "reading", "columns", "doubts")}
+    default = family.get("default", {})
     for kind, listed in lists.items():
         for item in listed:
             expect_words(kind, default | item if kind == "columns" else item, path.name)
@@ -94,7 +94,7 @@ def read_family(path):
     for doubt in lists["doubts"]:
         expect(doubt["grade"] in GRADES, path.name, f"no such grade: {doubt['grade']}")
     others = {"country": None, "grids": {}, "default": {}, "agreed": {}, "facts": {}}
-    return {"id": path.stem} | others | said | lists
+    return {"id": path.stem} | others | family | lists
 
 
 def families():
@@ -103,19 +103,19 @@ def families():
     read = [read_family(path) for path in paths]
     owner = {}
     for name in REPO_TABLES:
-        of = [each for each in read if any(said_of(each["use"], name))]
+        of = [each for each in read if any(entries_of(each["use"], name))]
         expect(len(of) == 1, name, f"{len(of)} files say what it is for, not one")
         owner[name] = of[0]
     for each in read:
         each["tables"] = [name for name in REPO_TABLES if owner[name] is each]
         for entry in (entry for kind in MEANING for entry in each[kind]):
-            matched = any(said_of([entry], name) for name in each["tables"])
+            matched = any(entries_of([entry], name) for name in each["tables"])
             expect(matched, each["id"], f"no table {entry['tables']}")
     order = list(REPO_TABLES)
     return sorted(read, key=lambda each: order.index(each["tables"][0]))
 
 
-def said_of(entries, name):
+def entries_of(entries, name):
     """The entries that are about a table."""
     return [each for each in entries if fnmatchcase(name, each["tables"])]
 
@@ -235,7 +235,7 @@ def columns_described(family, name, seen, verified):
             "doubtful": [],
             "completed": [],
             "verified": [
-                {word: said for word, said in each.items() if word != "digest"}
+                {word: value for word, value in each.items() if word != "digest"}
                 for each in verified.get(where, [])
             ],
         }
@@ -248,11 +248,11 @@ def meant(entry):
 
 def table_of(family, name, columns, doubts):
     payload = REPO_TABLES[name]
-    reading = said_of(family["reading"], name)
-    said = {}
+    reading = entries_of(family["reading"], name)
+    readings = {}
     for word, needed in (("projection", payload["generational"]), ("select", "select" in payload)):
         found = [each[word] for each in reading if word in each]
-        said[word] = only(found, name, word) if needed else None
+        readings[word] = only(found, name, word) if needed else None
     mine = []
     for doubt in doubts:
         ages = {each.removeprefix(f"{name} "): of for each, of in doubt["columns"].items()
@@ -269,13 +269,13 @@ def table_of(family, name, columns, doubts):
                 columns[column]["completed"] += ages or []
     return {
         "family": family["id"],
-        **{kind: meant(only(said_of(family[kind], name), name, kind)) for kind in MEANING},
+        **{kind: meant(only(entries_of(family[kind], name), name, kind)) for kind in MEANING},
         "published_name": payload["table_name"],
         "invented": all(each["basis"] == "invented" for each in columns.values()),
         "type": payload["table_type"],
         "base_year": payload.get("base_year"),
         "formula": payload.get("generational_formula_type"),
-        **said,
+        **readings,
         "doubts": mine,
         "columns": columns,
     }
@@ -332,14 +332,14 @@ def warnings_of(name):
     """What has to be said wherever the table is named, or None."""
     table = register()["tables"][name]
     parts = [
-        f"ages {told(each['reconstructed'])} are reconstructed, not published"
+        f"ages {age_ranges(each['reconstructed'])} are reconstructed, not published"
         for each in table["columns"].values() if each["reconstructed"]
     ]  # fmt: skip
     parts += [doubt["warning"] for doubt in table["doubts"] if doubt["warning"]]
     return "; ".join(dict.fromkeys(parts)) or None
 
 
-def told(ages):
+def age_ranges(ages):
     """ "91-120" from [[91, 120]]."""
     return ", ".join(str(a) if a == b else f"{a}-{b}" for a, b in ages)
 
@@ -400,10 +400,10 @@ def once(names, key):
     """What the register says of tables under a key, each text once: the text, the tables or ""."""
     found = {}
     for name in names:
-        said = register()["tables"][name][key]
-        if isinstance(said, dict):
-            said = said["text"] + (f" ({said['source']})" if said["source"] else "")
-        found.setdefault(said, []).append(f"`{name}`")
+        text = register()["tables"][name][key]
+        if isinstance(text, dict):
+            text = text["text"] + (f" ({text['source']})" if text["source"] else "")
+        found.setdefault(text, []).append(f"`{name}`")
     for text, tables in found.items():
         if text:
             yield text, ", ".join(tables) if len(found) > 1 else ""
@@ -421,7 +421,7 @@ def doubts_of(family):
                 by_ages.setdefault("", []).append(f"`{name}`")
                 continue
             for column, ages in columns.items():
-                by_ages.setdefault(told(ages or []), []).append(f"`{name} {column}`")
+                by_ages.setdefault(age_ranges(ages or []), []).append(f"`{name} {column}`")
     for (grade, text), by_ages in found.items():
         parts = [", ".join(of) + (f" at {ages}" if ages else "") for ages, of in by_ages.items()]
         yield grade, text, "; ".join(parts)
@@ -430,7 +430,7 @@ def doubts_of(family):
 def cells_of(name, column, entry):
     ages = f"{entry['ages'][0]}-{entry['ages'][1]}"
     kinds = ("reconstructed", "doubtful", "completed")
-    marks = [f"{told(entry[kind])} {kind}" for kind in kinds if entry[kind]]
+    marks = [f"{age_ranges(entry[kind])} {kind}" for kind in kinds if entry[kind]]
     verified = [
         f"{each['document']} {each['equal']} of {each['cells']}"
         + (" computed" if each["computed"] else "")

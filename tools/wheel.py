@@ -143,13 +143,13 @@ def prove_contents(wheel: Path, built: Path) -> list[str]:
         for name in files:
             same = archive.read(name) == (installed / name).read_bytes()
             assert same, f"{name} is not the one in {installed}"
-        (metadata,) = (name for name in archive.namelist() if name.endswith("/METADATA"))
-        told = message_from_bytes(archive.read(metadata))
-    assert (told["Name"], told["Version"]) == (project["name"], project["version"])
-    assert set(told["Requires-Python"].split(",")) == set(project["requires-python"].split(","))
-    assert "Requires-Dist" not in told, told["Requires-Dist"]
+        (place,) = (name for name in archive.namelist() if name.endswith("/METADATA"))
+        metadata = message_from_bytes(archive.read(place))
+    assert (metadata["Name"], metadata["Version"]) == (project["name"], project["version"])
+    assert set(metadata["Requires-Python"].split(",")) == set(project["requires-python"].split(","))
+    assert "Requires-Dist" not in metadata, metadata["Requires-Dist"]
     # It is shown where the files of the project are not.
-    assert not re.search(r"\]\((?!https:)", str(told.get_payload())), (
+    assert not re.search(r"\]\((?!https:)", str(metadata.get_payload())), (
         "the description has relative links"
     )
     return files

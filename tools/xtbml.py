@@ -39,12 +39,12 @@ LOST = (
 def columns() -> Iterator[tuple[int, str, str, str | None]]:
     """Every column: its number, table and key, and why the format cannot hold it, or None."""
     for place, (name, payload) in enumerate(TABLES.items(), start=1):
-        said = register()["tables"][name]
+        record = register()["tables"][name]
         for number, (key, column) in enumerate(payload["data"].items(), start=10 * place):
             reason = None
-            if said["invented"]:
+            if record["invented"]:
                 reason = "synthetic: nothing in the format says so"
-            elif any(each["reconstructed"] for each in said["columns"].values()):
+            elif any(each["reconstructed"] for each in record["columns"].values()):
                 reason = "reconstructed ages: nothing in the format marks them"
             elif isinstance(column, dict) and "ult" not in column:
                 reason = "by calendar year: readers take a second axis for select durations"
@@ -59,8 +59,8 @@ def left_out() -> Iterator[str]:
             whole = reason.startswith(("synthetic", "reconstructed"))
             by_reason.setdefault(reason, {})[name if whole else f"{name} {key}"] = None
     for reason, names in by_reason.items():
-        told = list(names) if len(names) < 10 or "synthetic" not in reason else ["Dummy*"]
-        yield f"{reason} ({len(names)}): {', '.join(told)}"
+        shown = list(names) if len(names) < 10 or "synthetic" not in reason else ["Dummy*"]
+        yield f"{reason} ({len(names)}): {', '.join(shown)}"
     for _, name, key, reason in columns():
         payload = TABLES[name]
         if reason is None and isinstance(payload["data"][key], dict):
@@ -101,20 +101,20 @@ def table_element(root: ElementTree.Element, nation: str, about: str) -> tuple[A
 
 def file_of(number: int, name: str, key: str, version: str) -> bytes:
     """A column as a file of its own."""
-    payload, said = TABLES[name], register()["tables"][name]
-    family = register()["families"][said["family"]]
+    payload, record = TABLES[name], register()["tables"][name]
+    family = register()["families"][record["family"]]
     improving, first, last = key[0] in "mM", payload["start_age"], payload["omega"]
     scale = 1 if improving else payload["decrement_scale_factor"]
     code, content = next(
         of for pattern, of in CONTENTS.items() if fnmatchcase(f"{name} {key}", pattern)
     )
-    about = f"{name} {key}: {payload['table_name']}. For: {plain(said['use']['text'])}."
+    about = f"{name} {key}: {payload['table_name']}. For: {plain(record['use']['text'])}."
     if "select" in payload and not improving:
         about += " Select rates: the first axis is the age at selection, not the age reached."
     if warning := warnings_of(name):
         about += f" WARNING: {plain(warning)}."
-    if said["projection"]:
-        about += f" Base year {payload['base_year']}: {plain(said['projection'])}."
+    if record["projection"]:
+        about += f" Base year {payload['base_year']}: {plain(record['projection'])}."
     root = ElementTree.Element("XTbML")
     classed = ElementTree.SubElement(root, "ContentClassification")
     add(classed, "TableIdentity", number)

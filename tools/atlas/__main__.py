@@ -54,25 +54,25 @@ class ShapeError(Exception):
 # ---- what the page holds ----
 
 
-def decrement_of(said):
+def decrement_of(record):
     """What the rates of a table are rates of."""
-    return {"life": "death"}.get(said["type"], said["type"])
+    return {"life": "death"}.get(record["type"], record["type"])
 
 
-def orders_of(said):
+def orders_of(record):
     """The orders that the columns of a table are stated to have."""
-    orders = dict.fromkeys(each["order"] for each in said["columns"].values())
+    orders = dict.fromkeys(each["order"] for each in record["columns"].values())
     named = {"first": "first order", "second": "second order"}
     return [named.get(each, each) for each in orders if each not in ("not stated", "-")]
 
 
-def series_of(name, said):
+def series_of(name, record):
     """The lists of a table.
 
     Column, label in it or None, list, whether computed, what is marked, order, grade of what is not
-    marked. What holds of a whole column is told by the warnings of the table.
+    marked. What holds of a whole column is in the warnings of the table.
     """
-    for entry in said["columns"].values():
+    for entry in record["columns"].values():
         marks = [
             {"kind": kind, "from": first, "to": last}
             for kind in ("reconstructed", "doubtful", "completed")
@@ -88,47 +88,47 @@ def series_of(name, said):
             yield entry["key"], shown, rates, bool(entry["computed"]), marks, entry["order"], grade
 
 
-def doubts_of(name, said):
+def doubts_of(name, record):
     """Every doubt about a table: its grade and its text, with the ages that it is about."""
-    for doubt in said["doubts"]:
-        ages = [f"{key} {provenance.told(of)}" for key, of in doubt["columns"].items() if of]
+    for doubt in record["doubts"]:
+        ages = [f"{key} {provenance.age_ranges(of)}" for key, of in doubt["columns"].items() if of]
         text = doubt["text"] + (f" Ages: {'; '.join(ages)}." if ages else "")
         yield {"grade": doubt["grade"], "text": as_html(text, name)}
 
 
-def facts_of(name, said, family):
-    """What is said of a family, name and text."""
+def facts_of(name, family):
+    """The facts about a family, name and text."""
     for heading, text in provenance.items_of(family):
         yield heading, as_html(text, name)
 
 
-def table_of(name, said, family, lists):
+def table_of(name, record, family, lists):
     payload = data_tables.REPO_TABLES[name]
-    rows = {key: each for key, each in said["columns"].items() if each["published"]}
+    rows = {key: each for key, each in record["columns"].items() if each["published"]}
     places = dict.fromkeys(each["place"] for each in rows.values() if each["documents"])
     publication = family["publication"] if places else "publication not found"
     source = "; ".join([family["issuer"], publication, *places])
-    facts = list(facts_of(name, said, family))
+    facts = list(facts_of(name, family))
     return {
         "name": name,
-        "purpose": said["use"]["text"],
-        "standing": said["standing"],
+        "purpose": record["use"]["text"],
+        "standing": record["standing"],
         "warning": provenance.warnings_of(name),
-        "age_basis": said["age_basis"],
-        "projection": said["projection"] and plain(said["projection"]),
-        "select": said["select"] and plain(said["select"]),
+        "age_basis": record["age_basis"],
+        "projection": record["projection"] and plain(record["projection"]),
+        "select": record["select"] and plain(record["select"]),
         "before": BEFORE.get(name),
-        "decrement": decrement_of(said),
+        "decrement": decrement_of(record),
         "family": family["title"],
         "country": family["country"],
-        "source": None if said["invented"] else plain(source),
-        "orders": orders_of(said),
+        "source": None if record["invented"] else plain(source),
+        "orders": orders_of(record),
         "meta": [[key, value] for key, value in payload.items() if key != "data"],
         "series": [
             [key, label, lists.setdefault(" ".join(map(repr, rates)), len(lists)), *more]
-            for key, label, rates, *more in series_of(name, said)
+            for key, label, rates, *more in series_of(name, record)
         ],
-        "doubts": list(doubts_of(name, said)),
+        "doubts": list(doubts_of(name, record)),
         "facts": facts,
         "rows": [
             [as_html(cell, name) for cell in provenance.cells_of(name, *row)]
@@ -157,8 +157,8 @@ def contents():
     register = provenance.register()
     lists = {}
     tables = [
-        table_of(name, said, register["families"][said["family"]], lists)
-        for name, said in register["tables"].items()
+        table_of(name, record, register["families"][record["family"]], lists)
+        for name, record in register["tables"].items()
     ]
     invented = register["families"]["synthetic"]["publication"]
     return {
@@ -221,8 +221,8 @@ def page():
     style = read(npm("uplot/dist/uPlot.min.css")) + "\n" + read(PARTS / "page.css")
     code = script()
     licences = "\n\n".join(f"{name}:\n\n{read(npm(f'{name}/LICENSE'))}" for name in INSIDE)
-    told = contents()
-    data = json.dumps(told, ensure_ascii=False, separators=(",", ":"))
+    shown = contents()
+    data = json.dumps(shown, ensure_ascii=False, separators=(",", ":"))
     assert "--" not in licences and "</script" not in code
 
     def allow(text):
@@ -245,8 +245,8 @@ def page():
         "licences": licences,
         "data": data.replace("<", "\\u003c"),  # a text must not end the element that it is in
         "policy": policy,
-        "made": f"data_tables {told['version']} of {told['date']}, catalogue {told['digest']}",
-        "list": "\n".join(plain_list(told["tables"])),
+        "made": f"data_tables {shown['version']} of {shown['date']}, catalogue {shown['digest']}",
+        "list": "\n".join(plain_list(shown["tables"])),
     }
     template = read(PARTS / "page.html")
     return re.sub(r"\{\{(\w+)\}\}", lambda match: parts[match[1]], template) + "\n"

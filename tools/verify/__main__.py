@@ -241,10 +241,10 @@ def tell(answer, all_cells):
         yield f"  NOT the {answer['document']} on record: its SHA-256 is {answer['sha256']}"
     for (table, row, place), columns in grouped(answer["columns"], "table", "row", "place"):
         sums = summed(columns)
-        told = [f"{table} {row}, {place}: {sums['equal']} of {sums['cells']} equal"]
-        told += [f"{count} {reason}" for reason, count in sums["declared"].items()]
-        told += [f"{count} more held: {reason}" for reason, count in sums["not_printed"].items()]
-        yield "  " + "; ".join(told)
+        parts = [f"{table} {row}, {place}: {sums['equal']} of {sums['cells']} equal"]
+        parts += [f"{count} {reason}" for reason, count in sums["declared"].items()]
+        parts += [f"{count} more held: {reason}" for reason, count in sums["not_printed"].items()]
+        yield "  " + "; ".join(parts)
         for column in columns:
             yield from tell_cells("DIFFERS", column, column["differences"])
             for why, cells in (column["declared"] | column["not_printed"]).items():

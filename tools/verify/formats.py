@@ -29,7 +29,7 @@ def read_file(path):
 
 
 def open_document(content):
-    """The format of a document, told by how it begins, and what is in it."""
+    """The format of a document, known by how it begins, and what is in it."""
     formats = (
         (b"%PDF-", "pdf", pdf_lines),
         (b"PK\x03\x04", "workbook", xlsx_sheets),
@@ -59,8 +59,8 @@ def pdf_lines(content):
         command = ["pdftotext", "-layout", "-enc", "UTF-8", str(source), str(text)]
         done = subprocess.run(limits + command, capture_output=True, check=False, timeout=300)
         if done.returncode or not text.exists():
-            said = done.stderr.decode(errors="replace").strip().splitlines()
-            raise ValueError(f"pdftotext says {said[-1] if said else 'nothing'}")
+            errors = done.stderr.decode(errors="replace").strip().splitlines()
+            raise ValueError(f"pdftotext says {errors[-1] if errors else 'nothing'}")
         pages = text.read_text(encoding="utf-8", errors="replace").split("\f")
     if not any(page.strip() for page in pages):
         raise UnreadableError("there is no text in it: a scan cannot be compared")
@@ -108,7 +108,7 @@ def xls_sheets(content):
 
 
 def xls_value(xlrd, cell):
-    """A text or a number. What else a cell may hold is told by its text, which is neither."""
+    """A text or a number. What else a cell may hold is given as its text, which is neither."""
     if cell.ctype in (xlrd.XL_CELL_EMPTY, xlrd.XL_CELL_BLANK) or cell.value == "":
         return None
     if cell.ctype in (xlrd.XL_CELL_TEXT, xlrd.XL_CELL_NUMBER):
