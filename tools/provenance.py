@@ -169,9 +169,13 @@ def facts_of(name, key, lists):
 
 def last_verified():
     """What `./dev verify --record` found, by column."""
+    return recorded_by_verify()[1]
+
+
+def recorded_by_verify():
+    """The digest of what was allowed when the columns were verified, and what was found of each."""
     recorded = json.loads(VERIFIED.read_text("utf-8")) if VERIFIED.exists() else {}
-    recorded.pop(DECLARED, None)
-    return recorded
+    return recorded.pop(DECLARED, None), recorded
 
 
 def declared_digest():
@@ -181,10 +185,10 @@ def declared_digest():
 
 def changed_since():
     """The columns whose digits are not those that were verified, and what was allowed."""
-    recorded = json.loads(VERIFIED.read_text("utf-8")) if VERIFIED.exists() else {}
-    if recorded and recorded.get(DECLARED) != declared_digest():
+    allowed, verified = recorded_by_verify()
+    if verified and allowed != declared_digest():
         yield DECLARED
-    for where, entries in last_verified().items():
+    for where, entries in verified.items():
         name, column = where.split(" ")
         digest = register()["tables"][name]["columns"][column]["digest"]
         if any(each["digest"] != digest for each in entries):
