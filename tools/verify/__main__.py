@@ -273,7 +273,9 @@ def tell_totals(totals):
 
 def write(table, paths):
     """Prints the pages of a table; the sources are for people to change."""
-    printed = [column for path in paths for column in read(path)[2] if column.table == table]
+    printed = [
+        column for path in paths for column in bounded_read(path)[2] if column.table == table
+    ]
     pages = [page.page_of(column) for column in printed if column.figures and not column.computed]
     if not pages:
         raise UnreadableError(f"no figures of {table} in there")
