@@ -74,16 +74,17 @@ def xlsx_sheets(content):
         if sum(member.file_size for member in archive.infolist()) > LARGEST_CONTENT:
             raise UnreadableError(f"unpacks to more than {LARGEST_CONTENT // MIB} MiB")
     book = openpyxl.load_workbook(io.BytesIO(content), read_only=True, data_only=True)
-    for sheet in book.worksheets:
-        beyond = sheet.iter_rows(min_row=ROWS + 1, max_col=CELLS, values_only=True)
-        if any(value is not None for row in beyond for value in row):
-            expect_small(sheet.title, ROWS + 1, 0)
-    return {
-        sheet.title: [
-            list(row) for row in sheet.iter_rows(max_row=ROWS, max_col=CELLS, values_only=True)
-        ]
-        for sheet in book.worksheets
-    }
+    return {sheet.title: list(xlsx_rows(sheet)) for sheet in book.worksheets}
+
+
+def xlsx_rows(sheet):
+    """The rows of a sheet, all of one width; what is beyond has to be empty."""
+    sheet.reset_dimensions()  # a sheet may say that it is smaller than it is
+    for number, row in enumerate(sheet.iter_rows(values_only=True), 1):
+        filled = max((cell for cell, value in enumerate(row, 1) if value is not None), default=0)
+        expect_small(sheet.title, number if filled else 0, filled)
+        if number <= ROWS:
+            yield [*row[:CELLS], *[None] * (CELLS - len(row))]
 
 
 def expect_small(sheet, rows, cells):
