@@ -1,33 +1,33 @@
 """The Chilean supervisor's workbook: in each sheet the TM-2020 table stands right of older ones."""
 
-import re
-
-from tools.verify.formats import read_columns, text_of
-from tools.verify.printed import Printed, UnreadableError
+from tools.verify.formats import expect_heads, read_columns
+from tools.verify.printed import Printed
 
 NAME = "articles-20210_tablas_mort_hist.xlsx"
-TITLE = re.compile(r"TABLA(CB|MI|RV|B)-2020-(HOMBRES|MUJERES)")
-SHEET = re.compile(r"(Vejez|Invalidez|Sobrevivencia)-(Hombres|Mujeres)")
+# Of each sheet: the cell at which the table begins, and its title there.
+SHEETS = {
+    "Vejez-Mujeres": (12, "TABLA RV-2020-MUJERES"),
+    "Invalidez-Mujeres": (8, "TABLA MI-2020-MUJERES"),
+    "Sobrevivencia-Mujeres": (8, "TABLA B-2020-MUJERES"),
+    "Vejez-Hombres": (12, "TABLA CB-2020-HOMBRES"),
+    "Invalidez-Hombres": (8, "TABLA MI-2020 - HOMBRES"),
+    "Sobrevivencia-Hombres": (8, "TABLA CB-2020-HOMBRES"),
+}
 YEARS = [str(year) for year in range(2021, 2036)] + ["2036*"]
+HEADS = ["Edad", "qx 2020", "Factores de mejoramiento AAx,t"], ["", "", *YEARS]
 
 
 def identify(form, content, _file_name):
-    return NAME if form == "workbook" and any(map(SHEET.fullmatch, content)) else None
+    return NAME if form == "workbook" and SHEETS.keys() & content.keys() else None
 
 
 def read(_name, sheets):
-    for sheet in filter(SHEET.fullmatch, sheets):
-        titles = [TITLE.fullmatch(text_of(cell).replace(" ", "")) for cell in sheets[sheet][0]]
-        for cell, title in enumerate(titles):
-            if not title:
-                continue
-            family, sex = title[1], title[2][0]
-            names, years = ([text_of(head) for head in row[cell:]] for row in sheets[sheet][1:3])
-            if names[:2] != ["Edad", "qx 2020"] or years[2 : 2 + len(YEARS)] != YEARS:
-                raise UnreadableError(f"sheet {sheet}: the heads under {title[0]} are not as known")
-            table, key = f"{family}_{sex}_2020", {"H": "m", "M": "f"}[sex]
-            columns = {cell + 1: Printed(table, f"qx_{key}", f"sheet {sheet}")}
-            for offset, year in enumerate(YEARS, 2):
-                column = f"mi_{key}.{year.rstrip('*')}"
-                columns[cell + offset] = Printed(table, column, f"sheet {sheet}")
-            yield from read_columns(sheets, sheet, 3, cell, columns)
+    for sheet in filter(SHEETS.get, sheets):
+        cell, title = SHEETS[sheet]
+        expect_heads(sheets, sheet, 0, cell, [[title], *HEADS])
+        family, sex = title.removeprefix("TABLA ")[:2].strip("-"), sheet.partition("-")[2][0]
+        table, key = f"{family}_{sex}_2020", {"H": "m", "M": "f"}[sex]
+        keys = [f"qx_{key}", *(f"mi_{key}.{year.rstrip('*')}" for year in YEARS)]
+        places = ((at, Printed(table, column, f"sheet {sheet}")) for at, column in enumerate(keys))
+        columns = {cell + 1 + at: printed for at, printed in places}
+        yield from read_columns(sheets, sheet, 3, cell, columns)

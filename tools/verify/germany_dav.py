@@ -1,14 +1,28 @@
 """The workbook "DAV 2004 R": base tables, trends, select factors."""
 
-from tools.verify.formats import read_columns, text_of
+from tools.verify.formats import expect_heads, read_columns
 from tools.verify.printed import Printed, UnreadableError
 
 NAME = "Germany_Annuities_DAV_2004R.xlsx"
 SEXES = {"Männer": "m", "Frauen": "f"}
 ORDERS = {"1. Ordnung": "1o", "2. Ordnung": "2o"}  # "Bestand" is for business before 2005
-BASES = {"Aggregattafel": ("Agg", ""), "Selektionstafel": ("SelUlt", ".ult")}
-TRENDS = {"Trend": "", "Starttrend": ".2004", "Zieltrend": ".2024"}
-HEAD_ROWS = 4
+BASES = {"Selektionstafel": ("SelUlt", ".ult"), "Aggregattafel": ("Agg", "")}
+TRENDS = {"Starttrend": ".2004", "Zieltrend": ".2024", "Trend": ""}
+# The heads as they stand; of two cells that are merged the right one is empty.
+TWICE = ("2. Ordnung", "Bestand")
+BASE_HEADS = [
+    ["", *[base for base in BASES for _ in SEXES] * 3],
+    ["", *["qx(1999)"] * 12],
+    ["", *(order for order in (*TWICE, "1. Ordnung") for _ in range(4))],
+    ["Alter", *[*SEXES] * 6],
+]
+TREND_HEADS = [
+    ["", *["F_1(x)", "F_1(y)", "F_2(x)", "F_2(y)"] * 2, "F(x)", "F(y)"],
+    ["", *["Starttrend", "", "Zieltrend", ""] * 2, "Trend", ""],
+    ["", *(cell for order in TWICE for cell in (order, "") * 2), "1. Ordnung", ""],
+    ["Alter", *[*SEXES] * 5],
+]
+FACTOR_HEADS = [["Faktoren für Selektionstafel"], ["", *SEXES]]
 
 
 def identify(form, content, _file_name):
@@ -21,43 +35,34 @@ def read(_name, sheets):
     return [*rates, *trends(sheets), *select_rates(sheets, rates)]
 
 
-def heads(sheets, sheet):
-    """Each cell of a sheet's head, a merged one standing for the cells that it spans."""
-    rows = []
-    for row in sheets[sheet][:HEAD_ROWS]:
-        texts = list(map(text_of, row))
-        for cell in range(2, len(texts)):
-            texts[cell] = texts[cell] or texts[cell - 1]
-        rows.append(texts)
-    return enumerate(zip(*rows))
-
-
 def base_tables(sheets):
+    expect_heads(sheets, "Basistafeln", 0, 0, BASE_HEADS)
     columns = {}
-    for cell, (base, year, order, sex) in heads(sheets, "Basistafeln"):
-        if base in BASES and year == "qx(1999)" and order in ORDERS and sex in SEXES:
+    for cell, (base, _, order, sex) in enumerate(zip(*BASE_HEADS)):
+        if order in ORDERS:
             shape, key = BASES[base]
             table, column = f"DAV2004R_{shape}_{ORDERS[order]}", f"qx_{SEXES[sex]}{key}"
             columns[cell] = Printed(table, column, "Basistafeln")
-    return read_columns(sheets, "Basistafeln", HEAD_ROWS, 0, columns)
+    return read_columns(sheets, "Basistafeln", len(BASE_HEADS), 0, columns)
 
 
 def trends(sheets):
-    columns = {}
-    for cell, (_, trend, order, sex) in heads(sheets, "Trends"):
-        if trend in TRENDS and order in ORDERS and sex in SEXES:
+    expect_heads(sheets, "Trends", 0, 0, TREND_HEADS)
+    columns, trend, order = {}, "", ""
+    for cell, (_, *above, sex) in enumerate(zip(*TREND_HEADS)):
+        trend, order = above[0] or trend, above[1] or order
+        if order in ORDERS:
             table, column = f"DAV2004R_Agg_{ORDERS[order]}", f"MI_{SEXES[sex]}{TRENDS[trend]}"
             columns[cell] = Printed(table, column, "Trends")
-    return read_columns(sheets, "Trends", HEAD_ROWS, 0, columns)
+    return read_columns(sheets, "Trends", len(TREND_HEADS), 0, columns)
 
 
 def select_rates(sheets, rates):
     """The select rates that follow from the ultimate rates and the factors of durations 1 to 5."""
-    head = [text_of(cell) for cell in sheets["Selektionsfaktoren"][1]]
+    expect_heads(sheets, "Selektionsfaktoren", 0, 0, FACTOR_HEADS)
     factors = {
         cell: Printed("factors", SEXES[sex], "Selektionsfaktoren")
-        for cell, sex in enumerate(head)
-        if sex in SEXES
+        for cell, sex in enumerate(SEXES, 1)
     }
     read_columns(sheets, "Selektionsfaktoren", 2, 0, factors)
     for ultimate in rates:

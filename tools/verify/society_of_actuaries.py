@@ -2,28 +2,57 @@
 
 from tools.verify.printed import Printed, UnreadableError, age_of, figure_of
 
+SERIES = "92 Series Mortality Tables for Assured Lives, Annuitants and Pensioners"
+# By number: table, column, the name that is printed, and how the descriptions begin.
 COLUMNS = {
-    "817": ("GAM71", "qx_f"),
-    "818": ("GAM71", "qx_m"),
-    "825": ("GAM83", "qx_f"),
-    "826": ("GAM83", "qx_m"),
-    "834": ("GAM94_AA", "qx_f"),
-    "835": ("GAM94_AA", "qx_m"),
-    "923": ("GAM94_AA", "mi_f"),
-    "924": ("GAM94_AA", "mi_m"),
-    "34057": ("GRMF80", "qx_f"),
-    "34058": ("GRMF80", "qx_m"),
-    "34059": ("GRMF95", "qx_f"),
-    "34060": ("GRMF95", "qx_m"),
-    "34065": ("GKMF80", "qx_f"),
-    "34066": ("GKMF80", "qx_m"),
-    "34067": ("GKMF95", "qx_f"),
-    "34068": ("GKMF95", "qx_m"),
-    "2360": ("AM92_AF92", "qx_m"),
-    "2361": ("AM92_AF92", "qx_f"),
-    "2513": ("AM92_AF92", "qx_m.ult"),
-    "2514": ("AM92_AF92", "qx_f.ult"),
-}
+    "817": (
+        "GAM71", "qx_f", "1971 GAM - Female",
+        "1971 Group Annuity Mortality (GAM) Table – Female",
+    ),
+    "818": ("GAM71", "qx_m", "1971 GAM - Male", "1971 Group Annuity Mortality (GAM) Table – Male"),
+    "825": (
+        "GAM83", "qx_f", "1983 GAM Table - Female",
+        "1983 Group Annuity Mortality (GAM) Table – Female",
+    ),
+    "826": (
+        "GAM83", "qx_m", "1983 GAM Table - Male",
+        "1983 Group Annuity Mortality (GAM) Table – Male",
+    ),
+    "834": (
+        "GAM94_AA", "qx_f", "1994 GAM Static – Female, ANB",
+        "1994 Group Annuitant Mortality (GAM) Static – Female",
+    ),
+    "835": (
+        "GAM94_AA", "qx_m", "1994 GAM Static – Male, ANB",
+        "1994 Group Annuitant Mortality (GAM) Static – Male",
+    ),
+    "923": (
+        "GAM94_AA", "mi_f", "1994 Mortality Improvement Projection Scale AA - Female",
+        "1994 Mortality Improvement Projection Scale AA - Female",
+    ),
+    "924": (
+        "GAM94_AA", "mi_m", "1994 Mortality Improvement Projection Scale AA - Male",
+        "1994 Mortality Improvement Projection Scale AA - Male",
+    ),
+    "34057": ("GRMF80", "qx_f", "GRF_80", "1980 Gruppen Renten (Group Annuity Mortality) – Female"),
+    "34058": ("GRMF80", "qx_m", "GRM_80", "1980 Gruppen Renten (Group Annuity Mortality) – Male"),
+    "34059": ("GRMF95", "qx_f", "GRF_95", "1995 Gruppen Renten (Group Annuity Mortality) – Female"),
+    "34060": ("GRMF95", "qx_m", "GRM_95", "1995 Gruppen Renten (Group Annuity Mortality) – Male"),
+    "34065": ("GKMF80", "qx_f", "GKF_80", "Gruppen Kapital 1980 - Frauen (Females)"),
+    "34066": ("GKMF80", "qx_m", "GKM_80", "Gruppen Kapital 1980 - Männer (Males)"),
+    "34067": ("GKMF95", "qx_f", "GKF_95", "Gruppen Kapital 1995 - Frauen (Females)"),
+    "34068": ("GKMF95", "qx_m", "GKM_95", "Gruppen Kapital 1995 - Männer (Males)"),
+    "2360": ("AM92_AF92", "qx_m", "AM92", "Assured Lives - Male 1991-94"),
+    "2361": ("AM92_AF92", "qx_f", SERIES, f"{SERIES}-Permanent Assurances, females, combined"),
+    "2513": (
+        "AM92_AF92", "qx_m.ult", "AM92 Ultimate Rates with Extension to Juvenile Ages",
+        "Assured Lives - Male 1991-94 Ultimate Rates with Extension to Juvenile Ages",
+    ),
+    "2514": (
+        "AM92_AF92", "qx_f.ult", "AF92 Ultimate Rates with Extension to Juvenile Ages",
+        "Assured Lives - Female 1991-94 Ultimate Rates with Extension to Juvenile Ages",
+    ),
+}  # fmt: skip
 SELECT_AND_ULTIMATE = ("2360", "2361")
 
 
@@ -34,8 +63,9 @@ def identify(form, content, _file_name):
 
 def read(_name, root):
     number = root.findtext("ContentClassification/TableIdentity")
-    table, column = COLUMNS[number]
+    table, column, *_ = COLUMNS[number]
     place = f"SOA table {number}"
+    expect_titles(root, number, place)
     inside = root.findall("Table/Values/Axis/Y") + root.findall("Table/Values/Axis/Axis/Y")
     stray = [each for each in root.iter() if (each.tail or "").strip()]
     stray += set(root.iter("Y")) - set(inside)
@@ -54,6 +84,8 @@ def read(_name, root):
             for rate in values.iterfind("Values/Axis/Y"):
                 age = age_of(rate.get("t", ""), place)
                 ultimate.add(age, figure_of(rate.text or "", f"{place}, age {age}"), place)
+            durations = [("Duration", "3", "3")] if key != column else []
+            expect_axes(values, [ultimate], durations, place)
             yield ultimate
             continue
         select = [Printed(table, f"{column}.{duration}", place) for duration in (0, 1)]
@@ -65,4 +97,33 @@ def read(_name, root):
                     raise UnreadableError(f"{where}: there are durations 1 and 2 only")
                 if rate.text:
                     select[int(rate.get("t")) - 1].add(age, figure_of(rate.text, where), where)
+        expect_axes(values, select, [("Duration", "1", "2")], place)
         yield from select
+
+
+def expect_titles(root, number, place):
+    """Refuses a table whose name, descriptions or kind are not those of its number."""
+    _, column, name, about = COLUMNS[number]
+    found, first, kind = (
+        " ".join(root.findtext(f"ContentClassification/{each}", "").split())
+        for each in ("TableName", "TableDescription", "ContentType")
+    )
+    inside = [each.findtext("MetaData/TableDescription", "") for each in root.findall("Table")]
+    # The file of AF92 has its name for a description.
+    described = [each for each in [first, *inside] if each != SERIES or name != SERIES]
+    strange = [each for each in described if not " ".join(each.split()).startswith(about)]
+    if found != name or strange:
+        found = strange[0] if strange else found
+        raise UnreadableError(f"{place}: is {found!r}, not {name}: {about}")
+    if (kind == "Projection Scale") != column.startswith("mi"):
+        raise UnreadableError(f"{place}: the kind of its values is {kind!r}")
+
+
+def expect_axes(values, printed, durations, place):
+    """Refuses values that have other axes than their head says: ages, and durations."""
+    ages = [age for each in printed for age in each.figures]
+    expected = [("Age", str(min(ages)), str(max(ages))), *durations]
+    names = ("AxisName", "MinScaleValue", "MaxScaleValue")
+    found = [tuple(map(axis.findtext, names)) for axis in values.iterfind("MetaData/AxisDef")]
+    if found != expected:
+        raise UnreadableError(f"{place}: its axes should be {expected} and are {found}")

@@ -2,28 +2,36 @@
 
 import re
 from decimal import Decimal
+from itertools import product
 
 from tools.verify.printed import Printed, UnreadableError
 
 NAME = "BOE-A-2020-17154.pdf"
 
-HEAD = re.compile(r"Anexo\s+(\d\.\d)\.?\s+(PER2020_(?:Col|Ind)|PASEM2020)_")
+HEAD = re.compile(r"Anexo\s+\d\.\d\.?\s+(?:PER2020_(?:Col|Ind)|PASEM2020)_")
 FIGURE = re.compile(r"(\d+|\d{1,3}(\.\d{3})+),\d+")
-RATES = ("qx_f", "mi_f", "qx_m", "mi_m")
-LOADED = tuple(column for sex in "fm" for column in (
-    f"loading of qx_{sex}", f"qx_{sex}", f"loading of mi_{sex}", f"mi_{sex}",
-))  # fmt: skip
-ANNEXES = {
-    ("1.1", "PER2020_Col"): ("PER2020_Col_2o", RATES),
-    ("1.1", "PER2020_Ind"): ("PER2020_Ind_2o", RATES),
-    ("1.2", "PASEM2020"): ("PASEM2020_Gen_2o", ("qx_f", "qx_m")),
-    ("1.3", "PASEM2020"): ("PASEM2020_Dec_2o", ("qx_f", "qx_m")),
-    ("2.1", "PER2020_Col"): ("PER2020_Col_1o", LOADED),
-    ("2.1", "PER2020_Ind"): ("PER2020_Ind_1o", LOADED),
-    ("2.2", "PASEM2020"): ("PASEM2020_Rel_1o", ("qx_f", "qx_m")),
-    ("2.3", "PASEM2020"): ("PASEM2020_NoRel_1o", ("qx_f", "qx_m")),
-    ("2.4", "PASEM2020"): ("PASEM2020_Dec_1o", ("qx_f", "qx_m")),
-}
+DEATHS, RATE = "qx base 2019 en tanto por mil", "qx base 2012 en tanto por mil"
+LAMBDA = "λ = factor de mejora"
+LOADED = ("Recargo técnico qx base", RATE, "Recargo técnico factor de mejora", LAMBDA)
+KEYS = dict(zip((DEATHS, *LOADED), ("qx", "loading of qx", "qx", "loading of mi", "mi")))
+# What stands above the figures of a page: the names of the annexes, their numbers and tables, the
+# heads of the columns of either sex.
+HEADINGS = (
+    ("Anexo 1.1 PER2020_Col_2ndo.orden Anexo 1.1 PER2020_Ind_2ndo.orden",
+     (("1.1", "PER2020_Col_2o"), ("1.1", "PER2020_Ind_2o")), (RATE, LAMBDA)),
+    ("Anexo 1.2 PASEM2020_General_2ndo.orden Anexo 1.3 PASEM2020_Decesos_2ndo.orden",
+     (("1.2", "PASEM2020_Gen_2o"), ("1.3", "PASEM2020_Dec_2o")), (DEATHS,)),
+    ("Anexo 2.1 PER2020_Col_1er.orden", (("2.1", "PER2020_Col_1o"),), LOADED),
+    ("Anexo 2.1 PER2020_Ind_1er.orden", (("2.1", "PER2020_Ind_1o"),), LOADED),
+    ("Anexo 2.2. PASEM2020_Rel_1er. Anexo 2.3. PASEM2020_NoRel_1er. Anexo 2.4. PASEM2020_ "
+     "orden orden Decesos_1er.orden",
+     (("2.2", "PASEM2020_Rel_1o"), ("2.3", "PASEM2020_NoRel_1o"), ("2.4", "PASEM2020_Dec_1o")),
+     (DEATHS,)),
+)  # fmt: skip
+SEXES = {"Mujeres": "f", "Hombres": "m"}
+# Of a heading cut up into lines, the words that have to come in this order.
+DECIDING = re.compile(r".*[_\dλ].*|Mujeres|Hombres")
+BESIDE = re.compile(r"cve: BOE-A-2020-17154|Verificable en https://www.boe.es|")  # the margin
 
 
 def identify(form, pages, _file_name):
@@ -34,13 +42,19 @@ def identify(form, pages, _file_name):
 def read(_name, pages):
     columns = {}
     for number, page in enumerate(pages, 1):
-        heading = []  # every page repeats the heads of its columns
+        heading, words = [], []  # every page repeats the heads of its columns
         for line in page:
-            if heads := HEAD.findall(line):
-                heading = [column for head in heads for column in columns_of(head, number)]
+            if HEAD.search(line):
+                heading, words = [], line.split()
                 continue
             age, *figures = line.split() or [""]
-            if not (heading and figures and age.isdigit() and len(age) <= 3):
+            if not (figures and age.isdigit() and len(age) <= 3):
+                if words and not BESIDE.fullmatch(line.strip()):
+                    words += line.split()
+                continue
+            if words:
+                heading, words = columns_of(words, number), []
+            if not heading:
                 continue
             where = f"page {number}, age {age}"
             if len(figures) != len(heading):
@@ -53,11 +67,16 @@ def read(_name, pages):
     yield from first_order(columns)
 
 
-def columns_of(head, page):
-    if head not in ANNEXES:
-        raise UnreadableError(f"page {page}: annex {' '.join(head)} is not known")
-    table, columns = ANNEXES[head]
-    return [((table, column), f"annex {head[0]}") for column in columns]
+def columns_of(words, page):
+    """The columns that a heading announces."""
+    for names, tables, heads in HEADINGS:
+        cells = [*names.split(), *[*SEXES] * len(tables)]
+        cells += [word for head in (*heads, *heads) * len(tables) for word in head.split()]
+        in_order = [list(filter(DECIDING.fullmatch, each)) for each in (words, cells)]
+        if sorted(words) == sorted([*cells, "Edad"]) and in_order[0] == in_order[1]:
+            columns = product(tables, SEXES.values(), heads)
+            return [((t, f"{KEYS[head]}_{sex}"), f"annex {n}") for (n, t), sex, head in columns]
+    raise UnreadableError(f"page {page}: the heading is not known: {' '.join(words)}")
 
 
 def spanish(text, percent, where):

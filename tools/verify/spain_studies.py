@@ -7,6 +7,7 @@ from tools.verify.formats import read_columns, text_of
 from tools.verify.printed import Printed, UnreadableError
 
 PASEM = "PASEM2010-study.pdf"
+PASEM_TITLE = "Anexo – Tablas finales PASEM 2010 Hombres y PASEM 2010 Mujeres."
 PASEM_HEAD = ["Edad", "Hombre", "qx", "Mujer", "qx", "GKM95", "GKF95"]
 PASEM_COLUMNS = (
     ("PASEM2010", "qx_m"), ("PASEM2010", "qx_f"), ("GKMF95", "qx_m"), ("GKMF95", "qx_f"),
@@ -34,6 +35,8 @@ def read(_name, content):
 
 def pasem(pages):
     """Only the first page of the annex has a head; no other line of the study is like its rows."""
+    if not any(line.strip(" \t0123456789") == PASEM_TITLE for page in pages for line in page):
+        raise UnreadableError(f"its annex has not the title {PASEM_TITLE!r}")
     columns = [Printed(*column, "annex") for column in PASEM_COLUMNS]
     for number, page in enumerate(pages, 1):
         for line in page:
