@@ -46,8 +46,8 @@ test("lives are priced as published, and as Python does it", () => {
   };
   for (const [address, key, what, digits, want] of lives) {
     const { own, period, ...of } = lifeOf(address, key);
-    const told = { ...of, ...own, period: period?.annuity };
-    assert.equal(told[what].toFixed(digits), want, address);
+    const values = { ...of, ...own, period: period?.annuity };
+    assert.equal(values[what].toFixed(digits), want, address);
   }
   for (const [address, key, kind, want] of priced) {
     const got = lifeOf(address, key)[kind];
@@ -116,10 +116,10 @@ test("what must be known about the years of a comparison is said", () => {
   const both = "table=PER2020_Ind_1o&with=DAV2004R_Agg_2o";
   assert.match(notes(both), /Not projected.*PER2020_Ind_1o \(2012\), DAV2004R_Agg_2o \(1999\)\./);
   assert.equal(notes(`${both}&year=2026`), "");
-  const said = notes("table=GAM71&with=CB_H_2020,GAM94_AA,DummyLIFE_ProjectedGen&born=1960&age=30");
-  assert.match(said, /the same in every year: GAM71\..*taken backwards: GAM94_AA \(1994\)\./);
-  assert.match(said, /left out: CB_H_2020 \(2020\), DummyLIFE_ProjectedGen \(2020\)\./);
-  assert.match(said, /not spelt out by the table: DummyLIFE_ProjectedGen \(2020\)\./);
+  const text = notes("table=GAM71&with=CB_H_2020,GAM94_AA,DummyLIFE_ProjectedGen&born=1960&age=30");
+  assert.match(text, /the same in every year: GAM71\..*taken backwards: GAM94_AA \(1994\)\./);
+  assert.match(text, /left out: CB_H_2020 \(2020\), DummyLIFE_ProjectedGen \(2020\)\./);
+  assert.match(text, /not spelt out by the table: DummyLIFE_ProjectedGen \(2020\)\./);
 });
 
 test("the search finds what people type", () => {
@@ -146,7 +146,7 @@ test("the address holds everything chosen", () => {
     "#table=GAM95&with=GAM83&age=3&interest=99&ages=90-20&rates=ratio&year=12",
     atlas.tables,
   );
-  assert.deepEqual(wrong.said, [
+  assert.deepEqual(wrong.problems, [
     "There is no table GAM95.",
     "A year is 1800 to 2200 here, not 12. Shown: rates as stored.",
     "An age is 5 to 110 here, not 3. Shown: 5.",

@@ -23,18 +23,18 @@ const seriesKey = (side) => (side ? `series${side + 1}` : "series");
 
 // A number of the address; where it is missing or cannot be meant, what is shown instead, which is
 // said.
-function numberOf(given, key, kind, otherwise, { said, range, words = otherwise }) {
+function numberOf(given, key, kind, otherwise, { problems, range, words = otherwise }) {
   if (!given.has(key)) return otherwise;
   const { value, nearest, problem } = readAs(kind, given.get(key), range);
   if (!problem) return value;
   const shown = kind === "age" ? (nearest ?? otherwise) : otherwise;
-  said.push(`${problem} Shown: ${shown ?? words}.`);
+  problems.push(`${problem} Shown: ${shown ?? words}.`);
   return shown;
 }
 
-function timeOf(given, said) {
+function timeOf(given, problems) {
   for (const kind of ["year", "born"]) {
-    const year = numberOf(given, kind, "year", null, { said, words: "rates as stored" });
+    const year = numberOf(given, kind, "year", null, { problems, words: "rates as stored" });
     if (year !== null) return { kind, year };
   }
   return { kind: "stored", year: null };
@@ -42,15 +42,15 @@ function timeOf(given, said) {
 
 // Two lives of the tables, the second of an age of its own.
 const keysOf = (sides) => sides.flatMap(({ table }) => livesIn(table).map(({ key }) => key));
-function pairOf(given, sides, age, said) {
+function pairOf(given, sides, age, problems) {
   if (!given.has("lives")) return null;
   const keys = given.get("lives").split(",");
   const unknown = keys.filter((key) => !keysOf(sides).includes(key));
   if (!unknown.length && keys.length === 2) {
     const range = allAges(sides.map(({ table }) => table));
-    return { keys, age: numberOf(given, "age2", "age", age, { said, range }) };
+    return { keys, age: numberOf(given, "age2", "age", age, { problems, range }) };
   }
-  said.push(unknown.length ? `There is no life ${unknown.join()} here.` : "Lives are two.");
+  problems.push(unknown.length ? `There is no life ${unknown.join()} here.` : "Lives are two.");
   return null;
 }
 
@@ -66,7 +66,7 @@ export function readAddress(hash, tables) {
     [...tables.values()].find((each) => each.name.toLowerCase() === name.toLowerCase());
   const asked = [given.get("table"), ...(given.get("with") ?? "").split(",")].filter(Boolean);
   const unknown = asked.filter((name) => !byName(name));
-  const said = unknown.map((name) => `There is no table ${name}.`);
+  const problems = unknown.map((name) => `There is no table ${name}.`);
   const known = [...new Set(asked.map(byName).filter(Boolean))].slice(0, MOST_TABLES);
   if (!known.length) known.push(tables.values().next().value);
   const sides = known.map((table, side) => {
@@ -85,9 +85,9 @@ export function readAddress(hash, tables) {
   const ages = (given.get("ages") ?? "").split("-").map(Number);
   const all = allAges(known);
   const [first, last] = all;
-  const number = (key, more) => numberOf(given, key, key, DEFAULT[key], { said, ...more });
-  const time = timeOf(given, said);
-  const age = numberOf(given, "age", "age", clamped(DEFAULT.age, all), { said, range: all });
+  const number = (key, more) => numberOf(given, key, key, DEFAULT[key], { problems, ...more });
+  const time = timeOf(given, problems);
+  const age = numberOf(given, "age", "age", clamped(DEFAULT.age, all), { problems, range: all });
   return {
     view: {
       sides,
@@ -98,12 +98,12 @@ export function readAddress(hash, tables) {
       term: number("term", { words: "for life" }),
       deferred: number("deferred"),
       paid: Object.hasOwn(PAID, given.get("paid")) ? given.get("paid") : DEFAULT.paid,
-      pair: pairOf(given, sides, age, said),
+      pair: pairOf(given, sides, age, problems),
       ages: ages[0] >= first && ages[0] < ages[1] && ages[1] <= last ? ages : null,
       all: given.get("values") === "all",
       comma: given.get("csv") === "comma",
     },
-    said,
+    problems,
   };
 }
 

@@ -18,7 +18,7 @@ export const whenOf = ({ term, deferred }) =>
 
 const endowed = (years) => `<i>v</i><sup>${years}</sup> <i>p</i>(${years})`;
 
-// What is told of lives: key, name, when or how, formula, digits.
+// The quantities of lives: key, name, when or how, formula, digits.
 function quantitiesOf({ term, deferred, paid, interest }) {
   const late = paid.endsWith("arrears") ? 1 : 0;
   const [end, at] = [deferred + term, `at ${interest}\u00a0%`]; // what is null counts as 0
@@ -79,11 +79,11 @@ function headOfLife(view, { words, chance, life, age }) {
 }
 
 // A row of the table, of what is priced along the life or by the rates of one year.
-function rowOf(told, group, columns, cellOf = null) {
-  const pricedOf = (one) => one[group]?.[told.key].toFixed(told.digits) ?? "–";
+function rowOf(quantity, group, columns, cellOf = null) {
+  const pricedOf = (one) => one[group]?.[quantity.key].toFixed(quantity.digits) ?? "–";
   return el(
     "tr",
-    headOf(told, group),
+    headOf(quantity, group),
     ...columns.map((one) => el("td", (cellOf ?? pricedOf)(one))),
   );
 }
@@ -101,7 +101,7 @@ function tableOf(view, columns) {
   );
   const dying = { name: "age at death", formula: "The age and the expectation of life." };
   const death = rowOf(dying, "own", columns, ({ death }) => death?.toFixed(2) ?? "–");
-  const rows = (group) => quantitiesOf(view).map((told) => rowOf(told, group, columns));
+  const rows = (group) => quantitiesOf(view).map((quantity) => rowOf(quantity, group, columns));
   const [expectation, ...values] = rows("own");
   const heads = columns.map((one) => headOfLife(view, one));
   const own = el("tbody", rate, expectation, death, values);

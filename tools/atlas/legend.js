@@ -91,7 +91,7 @@ function columnLegend(view, table, column, all, side) {
       el(
         all.some(({ marks }) => marks.some(({ kind }) => kind !== "completed"))
           ? "p.warned"
-          : "p.told",
+          : "p.remark",
         marked,
       ),
     );

@@ -23,8 +23,8 @@ function showChoice(view) {
 
 function showTables(view) {
   byId("welcome").hidden = Boolean(location.hash);
-  byId("problem").hidden = !state.said.length;
-  byId("problem").textContent = state.said.join(" ");
+  byId("problem").hidden = !state.problems.length;
+  byId("problem").textContent = state.problems.join(" ");
   markCurrent();
   describe(view);
   buildLegend(view);

@@ -197,9 +197,9 @@ export function pictureOf(drawing, heading, about, dark = false) {
     }))
     .filter((band) => band.from <= band.to);
   const invented = drawing.invented ? [`Invented, for tests only: ${drawing.invented}`] : [];
-  const said = [...invented, ...about].flatMap((words) => wrapped(words, 135));
+  const footer = [...invented, ...about].flatMap((words) => wrapped(words, 135));
   const below = bottom + 52 + Math.ceil(lines.length / COLUMNS) * row;
-  const height = below + said.length * row;
+  const height = below + footer.length * row;
   return `${tag(
     "svg",
     {
@@ -214,7 +214,7 @@ export function pictureOf(drawing, heading, about, dark = false) {
       ...bands.map((band, at) => bandOf(frame, band, at)),
       ...lines.map((line) => lineOf(frame, drawing, line)),
       ...legendOf(frame, lines),
-      ...said.map((words, at) => textTag(left, below + at * row, words)),
+      ...footer.map((words, at) => textTag(left, below + at * row, words)),
     ].join(""),
   )}\n`;
 }

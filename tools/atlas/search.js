@@ -22,32 +22,32 @@ const IDLE = new Set(
 
 // How a word is found: whole in a name or in our words, whole in other texts, at the beginning of a
 // word, within one; and what that is worth. 0 is not at all.
-const [SAID, WRITTEN, BEGUN, WITHIN] = [1, 2, 3, 4];
+const [WHOLE, WRITTEN, BEGUN, WITHIN] = [1, 2, 3, 4];
 const WORTH = [0, 4, 2, 1, 0.5];
 
-// What is said about a table in our words: these have synonyms.
-function saidOf(table) {
+// The terms of a table, words of ours: these have synonyms.
+function termsOf(table) {
   const rates = [...table.columns.values()].filter(([one]) => one.kind === "rates");
   // What a table is expressly without is not what it is looked for by.
   const purpose = table.purpose.replace(/without [^,:;]+/g, "");
-  const said = [purpose, table.country ?? "", table.meta.get("table_type"), table.decrement];
-  said.push(table.warning ?? "");
-  said.push(table.orders.join(" "), table.permille ? "per mille" : "decimal");
-  said.push(...rates.map(([one]) => SEXES[one.sex]));
-  said.push(table.formula ? `improvement generational ${table.formula}` : "static");
-  for (const [one] of table.columns.values()) said.push(one.shape, one.column);
-  if (table.meta.get("select")) said.push("select ultimate");
-  said.push(table.invented ? "synthetic" : "published");
-  said.push(...table.marks.map(({ kind }) => kind));
-  return said.map((text) => text.replaceAll("_", " ")).join(" . ");
+  const terms = [purpose, table.country ?? "", table.meta.get("table_type"), table.decrement];
+  terms.push(table.warning ?? "");
+  terms.push(table.orders.join(" "), table.permille ? "per mille" : "decimal");
+  terms.push(...rates.map(([one]) => SEXES[one.sex]));
+  terms.push(table.formula ? `improvement generational ${table.formula}` : "static");
+  for (const [one] of table.columns.values()) terms.push(one.shape, one.column);
+  if (table.meta.get("select")) terms.push("select ultimate");
+  terms.push(table.invented ? "synthetic" : "published");
+  terms.push(...table.marks.map(({ kind }) => kind));
+  return terms.map((text) => text.replaceAll("_", " ")).join(" . ");
 }
 
 function entryOf(table) {
-  const text = wordsOf(saidOf(table)).join(" ");
-  const said = new Set(text.split(" "));
+  const text = wordsOf(termsOf(table)).join(" ");
+  const terms = new Set(text.split(" "));
   for (const [first, ...others] of SYNONYMS) {
     if (!` ${text} `.includes(` ${plain(first)} `)) continue;
-    for (const word of others.flatMap(wordsOf)) said.add(word);
+    for (const word of others.flatMap(wordsOf)) terms.add(word);
   }
   const others = NAMES.filter(([pattern]) => pattern.test(table.name)).flatMap(([pattern, name]) =>
     name.split(" ").map((each) => table.name.replace(pattern, each)),
@@ -55,15 +55,15 @@ function entryOf(table) {
   const names = new Set([table.name, table.meta.get("table_name"), ...others].flatMap(partsOf));
   const sources = table.facts.map(([, text]) => text.replace(/<[^>]+>/g, ""));
   const texts = new Set(wordsOf([table.meta.get("description"), ...sources].join(" ")));
-  return { name: table.name, names, said, texts };
+  return { name: table.name, names, terms, texts };
 }
 
-function matchOf({ names, said, texts }, word) {
-  if (said.has(word) || names.has(word)) return SAID;
+function matchOf({ names, terms, texts }, word) {
+  if (terms.has(word) || names.has(word)) return WHOLE;
   // The beginning of a name is how one types a name.
-  if (word.length > 2 && [...names].some((each) => each.startsWith(word))) return SAID;
+  if (word.length > 2 && [...names].some((each) => each.startsWith(word))) return WHOLE;
   if (texts.has(word)) return WRITTEN;
-  const all = [...names, ...said, ...texts];
+  const all = [...names, ...terms, ...texts];
   if (all.some((each) => each.startsWith(word))) return BEGUN;
   return word.length > 2 && all.some((each) => each.includes(word)) ? WITHIN : 0;
 }
@@ -115,7 +115,7 @@ function distance(one, other) {
 
 // Words that find something and are close to a typed word that does not.
 export function nearest(index, query) {
-  const words = new Set(index.flatMap(({ names, said }) => [...names, ...said]));
+  const words = new Set(index.flatMap(({ names, terms }) => [...names, ...terms]));
   const missed = wordsOf(query).filter((word) => !index.some((entry) => matchOf(entry, word)));
   return missed.slice(0, 1).flatMap((word) =>
     [...words]

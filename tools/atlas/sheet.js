@@ -99,9 +99,9 @@ export function csvOf({ about, head, body }, comma) {
   };
   const rows = [head, ...body].map((row) => row.map(cell).join(separator));
   // Programs skip lines that begin with #; spreadsheets shall not cut them up.
-  const said = about.map((text) => (comma ? cell(`# ${text}`) : `# ${text}`));
+  const comments = about.map((text) => (comma ? cell(`# ${text}`) : `# ${text}`));
   // By the mark at the beginning spreadsheets know the letters; other programs stumble over it.
-  return (comma ? "\ufeff" : "") + [...said, ...rows].map((line) => `${line}\n`).join("");
+  return (comma ? "\ufeff" : "") + [...comments, ...rows].map((line) => `${line}\n`).join("");
 }
 
 export const tabbed = ({ about, head, body }) =>

@@ -5,7 +5,7 @@ import { byId } from "./dom.js";
 import { MOST_TABLES, readAtlas } from "./tables.js";
 
 export const atlas = readAtlas(JSON.parse(byId("atlas-data").textContent));
-export const state = { view: null, said: [] };
+export const state = { view: null, problems: [] };
 export const thisYear = new Date().getFullYear();
 const FIRST = `table=PER2020_Ind_1o&year=${thisYear}`; // what a first visit shows
 
