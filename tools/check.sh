@@ -24,7 +24,7 @@ declare -A checks=(
 tree_files() {
   local files
   if [ -e .git ]; then
-    mapfile -t files < <(git -c safe.directory="$here" ls-files --cached --others \
+    mapfile -t files < <(git ls-files --cached --others \
       --exclude-standard --deduplicate -- "$@" | while read -r file; do
       [ ! -e "$file" ] || printf '%s\n' "$file"
     done)
@@ -138,6 +138,6 @@ check_command() {
   done
   for step in "$@"; do
     say "checking ${checks[$step]}"
-    "check_$step" || fail "$step: that is not as it has to be"
+    "check_$step" || { say "$step: that is not as it has to be"; exit 1; }
   done
 }

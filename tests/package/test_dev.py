@@ -72,7 +72,7 @@ def parts_of_dev(script, folder, **variables):
     names = ("sets", "root", "systems", "npm", "builds", "tests")
     start = (
         f"set -euo pipefail; here='{TOP}' caller=$PWD; say() {{ echo \"$*\" >&2; }}; "
-        'fail() { say "$*"; exit 1; }; '
+        'fail() { say "$*"; exit 2; }; '
         + "; ".join(f". '{TOP}/tools/dev/{name}.sh'" for name in names)
     )
     return run(["bash", "-c", f"{start}\n{script}"], folder, **variables)
@@ -111,7 +111,7 @@ def test_path_that_tools_would_misread_is_refused_before_anything_is_done(part, 
     victim.mkdir(parents=True)
     before = everything_in(tmp_path)
     status, out, said = run([dev, "run"], tmp_path)
-    assert (status, out, said.count("\n")) == (1, "", 1) and "move the tree" in said
+    assert (status, out, said.count("\n")) == (2, "", 1) and "move the tree" in said
     assert everything_in(tmp_path) == before
 
 
@@ -125,9 +125,15 @@ LACKS_PYTHON = {"python3_14": "exit 1", "id": "echo 1000"}
         (["run"], {"DATA_TABLES_BUILD": "release clang"}, {}, "DATA_TABLES_BUILD is not one of"),
         (["build"], {}, {}, "unknown command: build"),
         (["run"], {"DATA_TABLES_SOURCES": "/nowhere"}, {}, "there is no folder /nowhere"),
-        (["run"], {"DATA_TABLES_ROOT": "/x"}, {"lost": ""}, "set by dev alone"),
+        (["run"], {"DATA_TABLES_ROOT": "/x"}, {}, "set by dev alone"),
+        (["mutants"], {}, {}, "it takes a clone"),
+        *((each, {}, {"id": "echo 1000"}, "missing on this machine: lost. As root this brings")
+          for each in (["atlas"], ["arches", "arm64"], ["arches", "wasm32"])),
         *((each, {}, LACKS_PYTHON, "making a root that has it needs root\n")
           for each in (["run"], ["atlas"], ["wheel"], ["arches", "arm64"])),
+        *((["run"], {"XDG_CACHE_HOME": folder, "HOME": "/proc/x"}, LACKS_PYTHON | {"id": "echo 0"},
+           f"dev: {cache}/data_tables cannot be written")
+          for folder, cache in (("/proc/y", "/proc/y"), ("relative", "/proc/x/.cache"))),
     ],
 )  # fmt: skip
 def test_what_dev_does_not_know_or_have_is_refused_before_anything_is_done(
@@ -135,13 +141,13 @@ def test_what_dev_does_not_know_or_have_is_refused_before_anything_is_done(
 ):
     dev = clone(tmp_path / "tree")
     tools(tmp_path / "bin", **scripts)
-    if "lost" in scripts and Path("/var/lib/data_tables").exists():
-        # A root has what is looked for.
-        text = dev.read_text().replace("/var/lib/data_tables", "/var/lib/nothing")
-        dev.write_text(text)
+    # In a root this is what is looked for, and nothing lacks.
+    dev.write_text(dev.read_text().replace("/var/lib/data_tables", "/var/lib/nothing"))
+    with (dev.parent / "tools" / "dev" / "sets.sh").open("a") as sets:
+        sets.write("proof[base]+=' lost'\n")
     before = everything_in(tmp_path)
     status, _, said = run([dev, *arguments], tmp_path, **variables)
-    assert status == 1 and message in said and everything_in(tmp_path) == before, said
+    assert status == 2 and message in said and everything_in(tmp_path) == before, said
 
 
 def test_cache_of_somebody_else_is_refused(tmp_path):
@@ -150,7 +156,7 @@ def test_cache_of_somebody_else_is_refused(tmp_path):
     os.chown(cache, 12345, -1)
     tools(tmp_path / "bin", python3_14="exit 1", id="echo 0")
     status, _, said = run([TOP / "dev", "run"], tmp_path)
-    assert status == 1 and "belongs to somebody else" in said and not list(cache.iterdir())
+    assert status == 2 and "belongs to somebody else" in said and not list(cache.iterdir())
 
 
 # ---- roots ----
@@ -192,7 +198,7 @@ def test_fetch_that_is_ended_leaves_no_process_and_the_next_one_clears_its_folde
         until(lambda: not processes())
     tools(tmp_path / "bin", **{tool: "exit 1"})
     status, _, said = run([TOP / "dev", *command], tmp_path)
-    assert status == 1 and "; the log is " in said
+    assert status == 2 and "; the log is " in said
     assert not list(tmp_path.glob("cache/data_tables/*.partial"))
 
 
@@ -214,7 +220,7 @@ MAKE_PYTHON = 'mkdir -p "${@: -1}/usr/bin"; touch "${@: -1}/usr/bin/python3.14"'
 def test_half_a_root_is_not_taken_and_the_reason_is_said(mmdebstrap, message, tmp_path):
     tools(tmp_path / "bin", **BARE, bwrap=NO_NAMESPACES, proot="exit 0", mmdebstrap=mmdebstrap)
     status, _, said = run([TOP / "dev", "run"], tmp_path)
-    assert status == 1 and message in said, said
+    assert status == 2 and message in said, said
     assert not list(tmp_path.glob("cache/data_tables/root-*/"))
 
 
@@ -233,7 +239,7 @@ def test_roots_are_made_one_after_the_other_and_entered_the_way_that_works(tmp_p
     assert (tmp_path / "entered").read_text().count(f"--bind={TOP}") == 2
     tools(tmp_path / "bin", proot="exit 1")
     status, _, said = run(command, tmp_path)
-    assert status == 1 and "no root can be entered on this machine" in said
+    assert status == 2 and "no root can be entered on this machine" in said
 
 
 @pytest.mark.parametrize("root, brought", [(True, True), (True, False), (False, False)])
@@ -355,7 +361,7 @@ def test_build_is_made_anew_by_other_tools_with_other_flags_and_in_another_place
     tools(tmp_path / "bin", wrap='[ "$2" != --version ] || echo another; exec "$@"')
     assert configured(CXX="wrap c++") and configured()
     status, _, said = run([dev, *PRINT], tmp_path, CXX="no-such-compiler")
-    assert status == 1 and "the compiler does not run: no-such-compiler" in said
+    assert status == 2 and "the compiler does not run: no-such-compiler" in said
     shutil.copytree(dev.parent, tmp_path / "copy", symlinks=True)
     before = everything_in(dev.parent)
     (tmp_path / "copy" / "module.py").write_text("VALUE = 1 # in the copy\n")
@@ -366,7 +372,12 @@ def test_build_is_made_anew_by_other_tools_with_other_flags_and_in_another_place
     own.parent.mkdir()
     own.touch()
     status, _, said = run([dev, *PRINT], tmp_path)
-    assert status == 1 and "holds something else than a build" in said and own.exists()
+    assert status == 2 and "holds something else than a build" in said and own.exists()
+    shutil.rmtree(dev.parent / "build")
+    (dev.parent / "build").symlink_to(tmp_path / "copy" / "build")
+    before = everything_in(tmp_path)
+    status, _, said = run([dev, *PRINT], tmp_path)
+    assert status == 2 and "reached by a link" in said and everything_in(tmp_path) == before
 
 
 @takes_namespaces
@@ -384,7 +395,7 @@ def test_tree_that_cannot_be_written_runs_when_its_build_is_up_to_date(tmp_path)
         before = file.read_text()
         file.write_text("VALUE = 2\n")
         status, _, said = run(command, tmp_path)
-        assert status == 1 and "is not up to date" in said
+        assert status == 2 and "is not up to date" in said
         file.write_text(before)
 
 

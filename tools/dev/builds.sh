@@ -62,6 +62,8 @@ build() {
   local preset=$1 folder=$here/build/$1 log=$here/build/$1.log makers
   local flags="${CXX:+ CXX=$CXX}${CXXFLAGS:+ CXXFLAGS=$CXXFLAGS}${LDFLAGS:+ LDFLAGS=$LDFLAGS}"
   [ "$preset" != wheel ] || [ ${#gcc12[@]} = 0 ] || local -x "${gcc12[@]}"
+  [ ! -L "$here/build" ] && [ ! -L "$folder" ] ||
+    fail "$folder is reached by a link: what is there may be another tree's, and would be removed"
   makers=$(makers_of "$preset") || exit
   if ! mkdir -p "$folder" 2>/dev/null || [ ! -w "$folder" ]; then
     is_current "$folder" "$makers" ||

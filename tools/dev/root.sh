@@ -102,7 +102,7 @@ root_folder() {
 # Opens the cache for this process alone, until close_cache, and clears what a run that was ended
 # has left there.
 open_cache() {
-  mkdir -p "$cache"
+  mkdir -p "$cache" && [ -w "$cache" ] || fail "$cache cannot be written"
   [ -O "$cache" ] || fail "$cache belongs to somebody else, who could change what is run from there"
   exec 9>"$cache/lock"
   flock -n 9 || { say "waiting for another run that changes $cache"; flock 9; }

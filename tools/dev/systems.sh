@@ -42,11 +42,8 @@ extract_packages() {
 }
 
 # Sets `gcc12` to settings for a compiler and a C library that are older than those of most
-# systems: what they build runs there. On a machine with its own CPython 3.14 nothing is set: who
-# keeps that machine knows what it is for.
+# systems: what they build runs there.
 provide_gcc12() {
-  gcc12=()
-  [ -n "${DATA_TABLES_ROOT:-}" ] || ! has_python || return 0
   # The unwinder of GCC 12 asks glibc 2.35 where code is, that of GCC 11 does not.
   extract_packages bookworm "$(dpkg --print-architecture)" g++-12 libgcc-11-dev
   gcc12=(
