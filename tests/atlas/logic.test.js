@@ -55,6 +55,22 @@ test("lives are priced as published, and as Python does it", () => {
   }
   const [early] = pricedLives(viewOf("table=CB_H_2020&year=2019"));
   assert.deepEqual([early.rate, early.own, early.period], [null, null, null]);
+  // GAM71 has ages 5 to 110, where 1 of 1000000 stays alive; who is outside has no price, nor has a
+  // pair of which one is.
+  const pair = "table=GAM71&with=PER2020_Ind_1o&lives=PER2020_Ind_1o.m,GAM71.m";
+  for (const [age, inside] of [
+    [4, false],
+    [5, true],
+    [110, true],
+    [111, false],
+  ]) {
+    const all = pricedLives(viewOf(`${pair}&age=60&age2=${age}`));
+    const priced = all.map(({ own }) => own !== null);
+    assert.deepEqual(priced, [true, inside, inside, inside], `at ${age}`);
+    assert.equal(all[1].left.toFixed(8), age === 110 ? "0.00000100" : "0.00000000");
+  }
+  const { view, said } = readAddress(`${pair}.selected`, atlas.tables);
+  assert.deepEqual([view.pair, said], [null, ["There is no life GAM71.m.selected here."]]);
 });
 
 test("a ratio is that of the same sex and duration, in one unit, projected", () => {

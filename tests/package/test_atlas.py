@@ -375,7 +375,12 @@ AXE = """
 VIEWS = [
     ("", (390, 844), False),
     ("table=IASS90&with=PER2020_Ind_1o,AM92_AF92", (1400, 900), False),
-    ("table=DAV2004R_SelUlt_2o&with=DummySD_Unisex&year=2026", (1400, 900), True),
+    (
+        "table=DAV2004R_SelUlt_2o&with=DummySD_Unisex&year=2026&term=9&deferred=5&paid=monthly"
+        "&lives=DAV2004R_SelUlt_2o.m.selected,DAV2004R_SelUlt_2o.f&age2=60",
+        (1400, 900),
+        True,
+    ),
 ]
 
 

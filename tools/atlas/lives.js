@@ -27,7 +27,7 @@ export function livesIn(table) {
 // goes by the select durations one after the other, by attained age, then by the last. Where the
 // table holds from the start of an annuity, it does so after the years deferred, another before.
 // Null where the table does not reach, or does not say what the rate of a year is.
-export function ratesOf({ table, all, selected }, age, yearOf, deferred = 0) {
+export function ratesOf({ table, all, selected }, age, yearOf, deferred) {
   if (age < table.start || age > table.end) return null;
   const start = age + (table.before ? deferred : 0);
   const rates = [];
@@ -107,8 +107,8 @@ export function pricedLives(view) {
     const one = priced(aliveOf(life, age), { life, age, rate, series });
     return { ...one, death: one.own && age + one.own.expectation };
   };
-  const [one, other] = (pair?.keys ?? []).map((key) => known.find((life) => life.key === key));
-  if (!one || !other) return known.map((life) => alone(life, view.age));
+  if (!pair) return known.map((life) => alone(life, view.age));
+  const [one, other] = pair.keys.map((key) => known.find((life) => life.key === key));
   const [his, hers] = [aliveOf(one, view.age), aliveOf(other, pair.age)];
   const both = (combine) => his.map((p, at) => (p && hers[at] ? combine(p, hers[at]) : null));
   const status = (words, chance, combine) => priced(both(combine), { words, chance });
