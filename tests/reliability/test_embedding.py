@@ -22,15 +22,14 @@ def outcome():
     assert list(vars(module))[-2:] == ["REPO_TABLES", "__test__"]
     assert module._dav_mi_linear([0.0], [1.0])[2014] == [0.5]
     return "complete"
+import _interpreters
+def outcome_in(other, before=""):
+    complete = "import {NAME} as module; assert list(vars(module))[-1] == '__test__'"
+    failure = _interpreters.exec(other, before + complete)
+    return f"{{failure.type.__name__}}: {{failure.msg}}" if failure else "complete"
 """
 FAIL = "kept = zip; del builtins.zip; print(outcome()); builtins.zip = kept"
-OTHER = f"""
-import _interpreters
-other = _interpreters.create("legacy")
-complete = "import {NAME} as module; assert list(vars(module))[-1] == '__test__'"
-failure = _interpreters.exec(other, complete)
-print(f"{{failure.type.__name__}}: {{failure.msg}}" if failure else "complete")
-"""
+OTHER = 'print(outcome_in(_interpreters.create("legacy")))'
 REFUSED = (
     "ImportError: Interpreter change detected - this module can only be loaded into one"
     " interpreter per process."
@@ -46,7 +45,7 @@ def embed(tmp_path_factory):
     environment = {key: value for key, value in os.environ.items() if key != "LD_PRELOAD"}
     subprocess.run(
         ["c++", "-std=c++20", "-Wall", "-Wno-missing-field-initializers", "-O1", "-o", program,
-         f"-I{SOURCE}", f"-I{variables['INCLUDEPY']}",
+         f"-I{SOURCE}", f"-I{variables['INCLUDEPY']}", "-rdynamic",
          Path(__file__).with_name("embedding.cpp"), SOURCE / "interpreter/traceback.cpp",
          f"-L{variables['LIBDIR']}", f"-Wl,-rpath,{variables['LIBDIR']}",
          f"-lpython{variables['VERSION']}{sys.abiflags}"],
@@ -78,6 +77,23 @@ ROUNDS = {
 @pytest.mark.parametrize(("rounds", "outcomes"), ROUNDS.values(), ids=ROUNDS)
 def test_interpreter_that_starts_again_gets_nothing_of_the_one_before(embed, rounds, outcomes):
     assert embed(*rounds) == outcomes
+
+
+def test_of_interpreters_that_import_at_once_one_has_the_module(embed):
+    """Each has a GIL of its own, and the first still marks itself when the second asks."""
+    assert sorted(embed("""
+        import threading
+        def ask(interpreter):
+            barrier.wait()
+            sys.stdout.write(outcome_in(interpreter, forced) + "\\n")
+        forced = "import _imp; _imp._override_multi_interp_extensions_check(-1)\\n"
+        barrier = threading.Barrier(3)
+        askers = [
+            threading.Thread(target=ask, args=[_interpreters.create("isolated")]) for _ in range(3)
+        ]
+        for asker in askers: asker.start()
+        for asker in askers: asker.join()
+    """)) == [REFUSED, REFUSED, "complete"]
 
 
 def test_function_that_is_only_named_like_a_builtin_is_called(embed):
