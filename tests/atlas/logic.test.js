@@ -69,8 +69,8 @@ test("lives are priced as published, and as Python does it", () => {
     assert.deepEqual(priced, [true, inside, inside, inside], `at ${age}`);
     assert.equal(all[1].left.toFixed(8), age === 110 ? "0.00000100" : "0.00000000");
   }
-  const { view, said } = readAddress(`${pair}.selected`, atlas.tables);
-  assert.deepEqual([view.pair, said], [null, ["There is no life GAM71.m.selected here."]]);
+  const { view, problems } = readAddress(`${pair}.selected`, atlas.tables);
+  assert.deepEqual([view.pair, problems], [null, ["There is no life GAM71.m.selected here."]]);
 });
 
 test("a ratio is that of the same sex and duration, in one unit, projected", () => {
