@@ -81,7 +81,8 @@ def test_interpreter_that_starts_again_gets_nothing_of_the_one_before(embed, rou
 
 def test_of_interpreters_that_import_at_once_one_has_the_module(embed):
     """Each has a GIL of its own, and the first still marks itself when the second asks."""
-    assert sorted(embed("""
+    assert sorted(
+        embed("""
         import threading
         def ask(interpreter):
             barrier.wait()
@@ -93,7 +94,8 @@ def test_of_interpreters_that_import_at_once_one_has_the_module(embed):
         ]
         for asker in askers: asker.start()
         for asker in askers: asker.join()
-    """)) == [REFUSED, REFUSED, "complete"]
+    """)
+    ) == [REFUSED, REFUSED, "complete"]
 
 
 def test_function_that_is_only_named_like_a_builtin_is_called(embed):

@@ -27,15 +27,28 @@ from tools.markup import MarkupError, as_html, plain
 
 PARTS = Path(__file__).resolve().parent
 COMMITTED = TOP / "docs" / "atlas.html"
-# What the documentation shows: view, size, colour scheme.
+# What the documentation shows: view, size, colour scheme, and from which element on.
 PICTURES = {
-    "atlas.png": ("table=PER2020_Ind_1o&with=DAV2004R_Agg_2o&year=2026", (1400, 1140), "light"),
+    "atlas.png": (
+        "table=PER2020_Ind_1o&with=DAV2004R_Agg_2o&year=2026",
+        (1400, 1140),
+        "light",
+        "body",
+    ),
     "atlas-ratio.png": (
         "table=PASEM2020_Gen_2o&with=PASEM2020_Rel_1o,PASEM2020_NoRel_1o&rates=ratio&ages=0-105",
         (1400, 900),
         "light",
+        "body",
     ),
-    "atlas-phone.png": ("table=CB_H_2020&year=2023", (390, 844), "dark"),
+    "atlas-phone.png": ("table=CB_H_2020&year=2023", (390, 844), "dark", "body"),
+    "atlas-life.png": (
+        "table=DAV2004R_SelUlt_1o&year=2026&age=55&deferred=10&paid=monthly"
+        "&lives=DAV2004R_SelUlt_1o.m.selected,DAV2004R_SelUlt_1o.f.selected&age2=52",
+        (390, 844),
+        "light",
+        "#lives",
+    ),
 }
 # The table that holds for a life until its annuity starts, from when the other one counts.
 BEFORE = {f"DAV2004R_SelUlt_{order}": f"DAV2004R_Agg_{order}" for order in ("1o", "2o")}
@@ -285,8 +298,9 @@ def paint(file, folder):
     with tempfile.TemporaryDirectory() as profile:
         driver = browser(Path(profile))
         try:
-            for name, (view, size, scheme) in PICTURES.items():
+            for name, (view, size, scheme, start) in PICTURES.items():
                 open_view(driver, file, view, size, scheme)
+                driver.execute_script(f"document.querySelector('{start}').scrollIntoView()")
                 driver.save_screenshot(str(folder.resolve() / name))
         finally:
             driver.quit()

@@ -147,6 +147,7 @@ export function showLives(view) {
   if (!tables.length) return;
   const columns = pricedLives(view);
   byId("lives-title").textContent = titleOf(view, view.age, tables);
+  byId("lives-table").style.setProperty("--lives", columns.length);
   byId("lives-table").replaceChildren(...tableOf(view, columns));
   byId("lives-notes").replaceChildren(...decidersOf(view, tables, columns));
   byId("plan").firstElementChild.textContent =
