@@ -194,22 +194,22 @@ def print_aims(table):
     print_columns("Aims, medians", ("", "is", "at most", ""), lines)
 
 
-def print_growth(grown):
+def print_growth(measured):
     keys = {"minimum": "import", "resident": "resident", "faults": "faults"}
     print_columns(
         "Growth, as multiples of the smallest catalogue; the import by its minimum",
         ["", *(f"{title} x{size}" for title in keys.values() for size in SIZES)],
         [
             [name, *(f"{row[key]:.2f}" for key in keys for row in series)]
-            for name, series in grown["rows"].items()
+            for name, series in measured["rows"].items()
         ],
     )
     print_columns(
         "What these catalogues hold, as multiples",
         ["", *(f"x{size}" for size in SIZES)],
         [
-            [kind, *(f"{shape[kind] / smallest:.2f}" for shape in grown["shapes"])]
-            for kind, smallest in grown["shapes"][0].items()
+            [kind, *(f"{shape[kind] / smallest:.2f}" for shape in measured["shapes"])]
+            for kind, smallest in measured["shapes"][0].items()
         ],
     )
 

@@ -6,8 +6,8 @@ from pathlib import Path
 
 import marlune.tables.data_tables as module
 from columns import lists_of
-from fresh import run
 from marlune.tables.data_tables import REPO_TABLES
+from snippets import run
 from tools.digest import digests_of
 
 # The inventory in its order, each table with a digest of its keys and their order, its texts, and

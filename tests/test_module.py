@@ -10,7 +10,7 @@ import pytest
 
 import marlune.tables.data_tables as module
 from compiler import SOURCE
-from fresh import run
+from snippets import run
 
 NAME = "marlune.tables.data_tables"
 

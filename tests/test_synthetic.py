@@ -6,7 +6,7 @@ from random import Random
 
 import marlune.tables.data_tables as module
 from compiler import compile_source
-from fresh import run
+from snippets import run
 
 
 def test_telling_computed_values():

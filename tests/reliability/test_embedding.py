@@ -10,7 +10,7 @@ from pathlib import Path
 import pytest
 
 from compiler import SOURCE
-from trials import NAME
+from harness import NAME
 
 COMMON = f"""
 import builtins, importlib, sys

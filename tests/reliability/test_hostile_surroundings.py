@@ -9,7 +9,7 @@ import random
 import pytest
 
 import marlune.tables.data_tables as data_tables
-from trials import trial
+from harness import trial
 
 IMPORT = """
     import types, warnings
@@ -35,8 +35,8 @@ FAIL_AND_RECOVER = """
         sys.modules.pop("data_tables", None)
         failures.add(repr(failure_of(action)))
         assert NAME not in sys.modules
-    grown = growth(fail, times=3)
-    assert max(grown) <= 0, grown
+    growths = growth(fail, times=3)
+    assert max(growths) <= 0, growths
     sys.modules["builtins"], builtins.zip, builtins.round = builtins, own_zip, own_round
     warnings.resetwarnings()
     import_it()

@@ -2,7 +2,7 @@
 
 import pytest
 
-from trials import trial
+from harness import trial
 
 INTERPRETERS = """
     import _interpreters

@@ -8,7 +8,7 @@ from pathlib import Path
 import pytest
 
 import marlune.tables.data_tables as module
-from trials import growth, trial
+from harness import growth, trial
 
 blend, build = module._dav_mi_linear, module._build_dav2004r_data
 
@@ -63,7 +63,7 @@ CALLS = {
 }
 
 
-def grown_by_calls():
+def growth_by_calls():
     """The names of the calls that answered otherwise than they should, or left something behind."""
 
     def outcome(call):
@@ -83,8 +83,8 @@ def test_calls_leave_nothing_behind():
         sys.path.append({str(Path(__file__).parent)!r})
         import test_leaks
         kept = []
-        grown = growth(lambda: kept.append(object()), times=50)
-        print(min(grown) >= 40, len(test_leaks.CALLS), *test_leaks.grown_by_calls())
+        growths = growth(lambda: kept.append(object()), times=50)
+        print(min(growths) >= 40, len(test_leaks.CALLS), *test_leaks.growth_by_calls())
     """)
     assert printed == f"True {len(CALLS)}\n"
 
@@ -97,8 +97,8 @@ def test_imports_without_memory_leave_nothing_behind(point):
             # Several in a row: there are some that the interpreter does without.
             point = next(allocations)
             assert fails(lambda: __import__(NAME), of_interpreter, point, point + 20), point
-        grown = growth(fail)
-        assert max(grown) <= 0, grown
+        growths = growth(fail)
+        assert max(growths) <= 0, growths
     """)
 
 
@@ -109,7 +109,7 @@ def test_importing_again_costs_the_byte_that_the_interpreter_forgets():
         def again():
             del sys.modules[NAME]
             assert import_it() is module
-        grown = growth(again, times=7)
-        assert max(grown) <= 7, grown
+        growths = growth(again, times=7)
+        assert max(growths) <= 7, growths
         leave()
     """)

@@ -15,7 +15,7 @@ from pathlib import Path
 
 import pytest
 
-from trials import NAME, SANITIZED, trial
+from harness import NAME, SANITIZED, trial
 
 PARTS = 8
 # Every point on two builds. The others differ by the compiler alone, or are slow.

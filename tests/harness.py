@@ -1,4 +1,4 @@
-"""Trials of the module in a process of its own: memory that runs out, leaks, hostile neighbours.
+"""The harness of trials in processes of their own: no memory, leaks, hostile neighbours.
 
 A test writes its trial as a snippet, which sees the names of this file. What may end in a
 successful import is tried in a fork: a process imports the module once.
@@ -18,7 +18,7 @@ import traceback
 from _imp import create_dynamic, exec_dynamic  # noqa: F401, for the snippets
 from pathlib import Path
 
-from fresh import run
+from snippets import run
 
 NAME = "marlune.tables.data_tables"
 SANITIZED = "libasan" in os.environ.get("LD_PRELOAD", "")
@@ -27,7 +27,7 @@ SANITIZED = "libasan" in os.environ.get("LD_PRELOAD", "")
 def trial(*snippets):
     """Run snippets, one after the other, in one fresh process; returns what they printed."""
     here = str(Path(__file__).parent)
-    start = f"import builtins, sys; sys.path.append({here!r}); from trials import *"
+    start = f"import builtins, sys; sys.path.append({here!r}); from harness import *"
     return run("\n".join([start, *map(textwrap.dedent, snippets)]))
 
 
