@@ -455,6 +455,18 @@ ANNEXES_OF_2019 = (
 )
 
 
+def value_of_2019(printed, table, column, age):
+    """A rate with more decimals, or the loading that leads from the second order to the first."""
+    name = column.removeprefix("load.")
+    first, second = (
+        printed.get((each, name), {}).get(age, 0) + Decimal("1e-9")
+        for each in (table, table.replace("1o", "2o"))
+    )
+    if name == column:
+        return first
+    return 1 - first / second if name.startswith("qx") else first - second
+
+
 def workbook_of_2019(change=lambda rows: None):
     """The supervisor's workbook with the rates that the module holds; where annex 2.1 has others,
     with those."""
@@ -469,7 +481,7 @@ def workbook_of_2019(change=lambda rows: None):
             rows[8][at] = head
             for age in AGES:
                 rows[9 + age][ages] = age
-                rows[9 + age][at] = float(printed[key][age]) + 1e-9 if key in printed else 0.05
+                rows[9 + age][at] = float(value_of_2019(printed, *key, age))
     change(rows)
     return xlsx({"Nuevas tablas": rows})
 
@@ -481,12 +493,19 @@ def test_the_workbook_with_all_decimals_is_compared_rounded(tmp_path, capsys):
     assert len(found["columns"]) == 26
 
     def next_place(rows):
-        rows[9 + 65][14] += 0.001  # female rate of PER2020_Col_1o
-        rows[9 + 65][10] += 0.0001  # male improvement of PER2020_Ind_2o
+        rows[9 + 65][33] += 0.0001  # female rate of PASEM2020_Gen_2o
 
     status, found = run(path, workbook_of_2019(next_place), capsys)
-    changed = {("PER2020_Col_1o", "qx_f", 65), ("PER2020_Ind_2o", "mi_m", 65)}
-    assert status == 1 and {each[:3] for each in differences(found)} == changed
+    assert status == 1
+    assert {each[:3] for each in differences(found)} == {("PASEM2020_Gen_2o", "qx_f", 65)}
+
+    for cell, told in ((13, "Col_1o loading of qx_f"), (25, "Ind_1o loading of mi_f")):
+
+        def other_loading(rows, cell=cell):
+            rows[9 + 65][cell] += 0.0001
+
+        status, found = run(path, workbook_of_2019(other_loading), capsys)
+        assert status == 2 and f"PER2020_{told}, age 65: " in found["unreadable"]
 
     for row, one, other in ((6, 13, 17), (5, 40, 43), (8, 13, 14), (6, 33, 34), (5, 2, 7)):
 

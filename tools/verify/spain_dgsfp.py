@@ -3,8 +3,10 @@
 The tables have the names of the draft there, PER2012 and PASEM2019.
 """
 
+from decimal import Decimal
+
 from tools.verify.formats import expect_heads, read_columns
-from tools.verify.printed import Printed
+from tools.verify.printed import Printed, UnreadableError
 
 NAME = "PERMF_PASEM_2020.xlsx"
 SHEET = "Nuevas tablas"
@@ -26,8 +28,17 @@ BLOCKS = (
     (39, 46, "Anexo 2.4. PASEM2019_Decesos_1er.2orden", "PASEM2020_Dec_1o", (DEATHS,)),
 )  # fmt: skip
 # The key of a column, and the decimals of the gazette.
-COLUMNS = {RATE: ("qx", 3), LAMBDA: ("mi", 4), DEATHS: ("qx", 4)}
+COLUMNS = {
+    RATE: ("qx", 3),
+    LAMBDA: ("mi", 4),
+    DEATHS: ("qx", 4),
+    LOADINGS[0]: ("loading of qx", None),
+    LOADINGS[1]: ("loading of mi", None),
+}
 FIRST_ROW = 9
+TOLERANCE = Decimal("1e-9")  # of a spreadsheet's own arithmetic
+# There the improvement of individual business exceeds what the told loading leads to, by so much.
+OTHERWISE_LOADED, LARGEST_GAP = range(91, 97), Decimal("0.0001000001")
 
 
 def identify(form, content, _file_name):
@@ -35,15 +46,35 @@ def identify(form, content, _file_name):
 
 
 def read(_name, sheets):
+    read = {}
     for ages, cell, title, table, heads in BLOCKS:
         blank = [""] * (len(heads) - 1)
         titles = [title, *blank, *blank, ""], ["Mujeres", *blank, "Hombres", *blank]
         expect_heads(sheets, SHEET, 5, cell, [*titles, [""] * 2 * len(heads), [*heads, *heads]])
         columns = {}
         for offset, head in enumerate(heads + heads):
-            if head in COLUMNS:
-                key, decimals = COLUMNS[head]
-                column = f"{key}_{'f' if offset < len(heads) else 'm'}"
-                place = f"annex {title.split()[1].rstrip('.')}"
-                columns[cell + offset] = Printed(table, column, place, decimals=decimals)
-        yield from read_columns(sheets, SHEET, FIRST_ROW, ages, columns)
+            key, decimals = COLUMNS[head]
+            column = f"{key}_{'f' if offset < len(heads) else 'm'}"
+            place = f"annex {title.split()[1].rstrip('.')}"
+            columns[cell + offset] = Printed(table, column, place, decimals=decimals)
+        for printed in read_columns(sheets, SHEET, FIRST_ROW, ages, columns):
+            read[table, printed.column] = printed
+    expect_loadings(read)
+    yield from (printed for (_, column), printed in read.items() if "loading" not in column)
+
+
+def expect_loadings(read):
+    """Refuses loadings that do not lead from the second order to the first."""
+    for (table, column), loadings in read.items():
+        name = column.removeprefix("loading of ")
+        if name == column:
+            continue
+        first, second = (read[each, name].figures for each in (table, table.replace("1o", "2o")))
+        for age, loading in loadings.figures.items():
+            if name.startswith("qx"):
+                expected = second[age] * (1 - loading)
+            else:
+                expected = second[age] + loading
+            known = table == "PER2020_Ind_1o" and name.startswith("mi") and age in OTHERWISE_LOADED
+            if abs(first[age] - expected) > (LARGEST_GAP if known else TOLERANCE * expected):
+                raise UnreadableError(f"{table} {column}, age {age}: {loading} does not lead there")
