@@ -19,6 +19,7 @@ const { contents, rates, lives, priced, found, rows } = JSON.parse(
   readFileSync(process.env.ATLAS_FIGURES),
 );
 const atlas = readAtlas(contents);
+const NOTES = { p: "published", R: "reconstructed" };
 const viewOf = (address) => readAddress(address, atlas.tables).view;
 const near = (got, want, what) =>
   assert.ok(
@@ -197,6 +198,10 @@ test("a number is read as it is meant, or not at all", () => {
   assert.match(readAs("age", "65 %", [0, 120]).problem, /is not a number/);
   assert.match(readAs("age", "65,5", [0, 120]).problem, /An age is a whole number/);
   assert.match(readAs("year", "2.026").problem, /A year is a whole number/);
+  const nearests = (kind) =>
+    ["-1", "0", "1", "130", "131"].map((text) => readAs(kind, text).nearest);
+  assert.deepEqual(nearests("term"), [1, 1, undefined, undefined, 130]);
+  assert.deepEqual(nearests("deferred"), [0, undefined, undefined, undefined, 130]);
 });
 
 test("a file says unit, source, version and what is not published", () => {
@@ -230,12 +235,20 @@ test("a file says unit, source, version and what is not published", () => {
     /^65;2,868621527;/,
   );
   const notes = Object.fromEntries(
-    csv("#IASS90").map((line) => [line.split(",")[0], line.split(",").at(-1)]),
+    csv("table=GAM71&with=IASS90").map((line) => [line.split(",")[0], line.split(",").at(-1)]),
   );
   assert.deepEqual(
-    [notes[20], notes[21], notes[62], notes[63]],
-    ["published", "reconstructed", "reconstructed", "published"],
+    ["age", 17, 18, 20, 21, 62, 63, 65, 66].map((age) => notes[age]),
+    ["IASS90 note", "", ...[..."ppRRpp"].map((each) => NOTES[each]), ""],
   );
+  // What is compared has columns of its own, in percent.
+  const gen = csv("table=PASEM2020_Gen_2o&with=PASEM2020_Rel_1o&rates=ratio");
+  const [heads, row] = ["age", "65"].map((at) =>
+    gen.find((line) => line.startsWith(`${at},`)).split(","),
+  );
+  const ratio = heads.indexOf("PASEM2020_Rel_1o qx_f of PASEM2020_Gen_2o qx_f [%]");
+  assert.equal(Number(row[ratio]).toFixed(2), "110.19");
+  assert.equal(heads.filter((head) => head.endsWith("[%]")).length, 2);
   assert.match(
     csv("#AM92_AF92").find((line) => line.startsWith("91,")),
     /completed: qx_m.0 qx_f.0$/,
