@@ -22,8 +22,7 @@ struct Binding {
   std::string_view callee{}; // of a call: the attribute that holds the function
 };
 
-// Tables and base vectors are proved where they are bound, so that none is bound that nobody has
-// proved.
+// Tables and base vectors are proved where they are bound: what is not proved cannot be bound.
 consteval Binding table(const Payload &payload,
                         std::source_location place = std::source_location::current()) {
   invariants::require(proved(payload), "the body binds a table that is not proved");

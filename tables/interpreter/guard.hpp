@@ -10,8 +10,8 @@
 
 namespace marlune::tables {
 
-// Runs `action`; false when it failed, with the interpreter's exception pending. What nobody meant
-// to be thrown stops here, too: the process is somebody else's.
+// Runs `action`; false when it failed, with the interpreter's exception pending. What was never
+// meant to be thrown stops here, too: the process is not the module's own.
 template <class Action> bool try_call(Action action) {
   try {
     action();

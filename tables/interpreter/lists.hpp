@@ -43,7 +43,7 @@ inline Reference next_item(const Reference &iterator) {
   return item;
 }
 
-// The items of an iterable, one after the other, each safe for arithmetic with a literal. A list is
+// The items of an iterable, one after the other, each safe for arithmetic with a constant. A list is
 // walked by index, as its iterator does: it may change under the walk.
 template <class Action> void for_each_item(PyObject *iterable, Action action) {
   if (PyList_CheckExact(iterable)) {
