@@ -134,6 +134,7 @@ test("what must be known about the years of a comparison is said", () => {
   assert.match(notes(both), /Not projected.*PER2020_Ind_1o \(2012\), DAV2004R_Agg_2o \(1999\)\./);
   assert.equal(notes(`${both}&year=2026`), "");
   const text = notes("table=GAM71&with=CB_H_2020,GAM94_AA,DummyLIFE_ProjectedGen&born=1960&age=30");
+  assert.equal(notes("table=GAM94_AA&born=1960"), ""); // past 1994 at the age of the life
   assert.match(text, /the same in every year: GAM71\..*taken backwards: GAM94_AA \(1994\)\./);
   assert.match(text, /left out: CB_H_2020 \(2020\), DummyLIFE_ProjectedGen \(2020\)\./);
   assert.match(text, /not spelt out by the table: DummyLIFE_ProjectedGen \(2020\)\./);
@@ -160,14 +161,17 @@ test("the address holds everything chosen", () => {
     assert.equal(writeAddress(viewOf(bare)), "#table=GAM94_AA");
   }
   const wrong = readAddress(
-    "#table=GAM95&with=GAM83&age=3&interest=99&ages=90-20&rates=ratio&year=12",
+    "#table=GAM95&with=GAM83&age=3&interest=99&ages=90-20&rates=ratio&year=12&paid=daily&term=0&lives=GAM83.m",
     atlas.tables,
   );
   assert.deepEqual(wrong.problems, [
     "There is no table GAM95.",
+    "Nothing is paid “daily” here. Shown: yearly in advance.",
     "A year is 1800 to 2200 here, not 12. Shown: rates as stored.",
     "An age is 5 to 110 here, not 3. Shown: 5.",
     "Interest is -5 to 50 % here, not 99. Shown: 2.",
+    "A term is 1 to 130 years here, not 0. Shown: for life.",
+    "Lives are two.",
   ]);
   assert.equal(writeAddress(wrong.view), "#table=GAM83&age=5");
   assert.equal(viewOf("table=GAM83&interest=1,5%25").interest, 1.5);

@@ -86,6 +86,11 @@ export function readAddress(hash, tables) {
   const all = allAges(known);
   const [first, last] = all;
   const number = (key, more) => numberOf(given, key, key, DEFAULT[key], { problems, ...more });
+  let paid = given.get("paid") ?? DEFAULT.paid;
+  if (!Object.hasOwn(PAID, paid)) {
+    problems.push(`Nothing is paid “${paid}” here. Shown: ${PAID[DEFAULT.paid]}.`);
+    paid = DEFAULT.paid;
+  }
   const time = timeOf(given, problems);
   const age = numberOf(given, "age", "age", clamped(DEFAULT.age, all), { problems, range: all });
   return {
@@ -97,7 +102,7 @@ export function readAddress(hash, tables) {
       interest: number("interest"),
       term: number("term", { words: "for life" }),
       deferred: number("deferred"),
-      paid: Object.hasOwn(PAID, given.get("paid")) ? given.get("paid") : DEFAULT.paid,
+      paid,
       pair: pairOf(given, sides, age, problems),
       ages: ages[0] >= first && ages[0] < ages[1] && ages[1] <= last ? ages : null,
       all: given.get("values") === "all",
