@@ -264,6 +264,7 @@ def xtbml(number, name, about, *columns):
                 head += f"<AxisDef>{cells}</AxisDef>"
             inside += f"<Table><MetaData>{head}</MetaData><Values>{values}</Values></Table>"
         head = f"<TableIdentity>{number}</TableIdentity><TableName>{name}</TableName>{told}"
+        head += "<ContentType>Annuitant Mortality</ContentType>"
         head = f"<ContentClassification>{head}</ContentClassification>"
         return f"<XTbML>{head}{inside}</XTbML>".encode()
 
@@ -302,7 +303,7 @@ def r_data(printed, reverse=False):
     return gzip.compress(head + entry + symbol("GAM71F") + frame + end)
 
 
-GAM83 = "1983 Group Annuity Mortality (GAM) Table – Female"
+GAM83 = "1983 Group Annuity Mortality (GAM) Table – Female. Formerly Table 18-B"
 SERIES = "92 Series Mortality Tables for Assured Lives, Annuitants and Pensioners"
 AF92 = f"{SERIES}-Permanent Assurances, females, combined"
 JUVENILE = "Ultimate Rates with Extension to Juvenile Ages"

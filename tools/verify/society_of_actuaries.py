@@ -1,5 +1,7 @@
 """The Society of Actuaries' tables as XTbML, one file for each table number."""
 
+import re
+
 from tools.verify.printed import Printed, UnreadableError, age_of, figure_of
 
 SERIES = "92 Series Mortality Tables for Assured Lives, Annuitants and Pensioners"
@@ -12,19 +14,19 @@ COLUMNS = {
     "818": ("GAM71", "qx_m", "1971 GAM - Male", "1971 Group Annuity Mortality (GAM) Table – Male"),
     "825": (
         "GAM83", "qx_f", "1983 GAM Table - Female",
-        "1983 Group Annuity Mortality (GAM) Table – Female",
+        "1983 Group Annuity Mortality (GAM) Table – Female. Formerly Table 18-B",
     ),
     "826": (
         "GAM83", "qx_m", "1983 GAM Table - Male",
-        "1983 Group Annuity Mortality (GAM) Table – Male",
+        "1983 Group Annuity Mortality (GAM) Table – Male. Formerly Table 18-A",
     ),
     "834": (
         "GAM94_AA", "qx_f", "1994 GAM Static – Female, ANB",
-        "1994 Group Annuitant Mortality (GAM) Static – Female",
+        "1994 Group Annuitant Mortality (GAM) Static – Female. Basis: Age Nearest Birthday",
     ),
     "835": (
         "GAM94_AA", "qx_m", "1994 GAM Static – Male, ANB",
-        "1994 Group Annuitant Mortality (GAM) Static – Male",
+        "1994 Group Annuitant Mortality (GAM) Static – Male. Basis: Age Nearest Birthday",
     ),
     "923": (
         "GAM94_AA", "mi_f", "1994 Mortality Improvement Projection Scale AA - Female",
@@ -42,7 +44,7 @@ COLUMNS = {
     "34066": ("GKMF80", "qx_m", "GKM_80", "Gruppen Kapital 1980 - Männer (Males)"),
     "34067": ("GKMF95", "qx_f", "GKF_95", "Gruppen Kapital 1995 - Frauen (Females)"),
     "34068": ("GKMF95", "qx_m", "GKM_95", "Gruppen Kapital 1995 - Männer (Males)"),
-    "2360": ("AM92_AF92", "qx_m", "AM92", "Assured Lives - Male 1991-94"),
+    "2360": ("AM92_AF92", "qx_m", "AM92", "Assured Lives - Male 1991-94 (AM92)"),
     "2361": ("AM92_AF92", "qx_f", SERIES, f"{SERIES}-Permanent Assurances, females, combined"),
     "2513": (
         "AM92_AF92", "qx_m.ult", "AM92 Ultimate Rates with Extension to Juvenile Ages",
@@ -53,6 +55,12 @@ COLUMNS = {
         "Assured Lives - Female 1991-94 Ultimate Rates with Extension to Juvenile Ages",
     ),
 }  # fmt: skip
+# How descriptions go on.
+TAIL = (
+    r"(\.?( (Minimum|Maximum) (Select |Ultimate )?Age: \d+\.?)*"
+    r"| - AF92 two years select: values of q\[x-t\]\+t)"
+)
+KINDS = {"Annuitant Mortality", "Group Life", "Insured Lives Mortality"}
 SELECT_AND_ULTIMATE = ("2360", "2361")
 
 
@@ -110,12 +118,13 @@ def expect_titles(root, number, place):
     )
     inside = [each.findtext("MetaData/TableDescription", "") for each in root.findall("Table")]
     # The file of AF92 has its name for a description.
-    described = [each for each in [first, *inside] if each != SERIES or name != SERIES]
-    strange = [each for each in described if not " ".join(each.split()).startswith(about)]
+    described = [each for each in [first, *inside] if each != name or name != SERIES]
+    form = re.compile(re.escape(about) + TAIL)
+    strange = [each for each in described if not form.fullmatch(" ".join(each.split()))]
     if found != name or strange:
         found = strange[0] if strange else found
         raise UnreadableError(f"{place}: is {found!r}, not {name}: {about}")
-    if (kind == "Projection Scale") != column.startswith("mi"):
+    if kind not in ({"Projection Scale"} if column.startswith("mi") else KINDS):
         raise UnreadableError(f"{place}: the kind of its values is {kind!r}")
 
 
