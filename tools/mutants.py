@@ -192,6 +192,10 @@ def tests(copy, build, arguments):
 def noticed_by(copy, mutant):
     if mutant.file.startswith("tools/atlas"):
         return tests(copy, "release", ["tests/package/test_atlas.py", "-k", "logic"])
+    if mutant.file.startswith(("dev", "tools/dev")):
+        return tests(copy, "release", ["tests/package/test_dev.py"])
+    if mutant.file == "tools/check.sh":
+        return tests(copy, "release", ["tests/package/test_check.py"])
     build = mutant.build
     stages = STAGES if build == "release" else [(build, STAGES[2][1])]
     return next(filter(None, (tests(copy, *stage) for stage in stages)), None)
