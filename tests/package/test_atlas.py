@@ -17,10 +17,12 @@ from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.support.ui import Select, WebDriverWait
 
 import life
-import tools.atlas.__main__ as generator
 from columns import SYNTHETIC, lists_of
 from marlune.tables.data_tables import REPO_TABLES
 from tools import TOP, export
+from tools.atlas.browser import browser, open_view
+from tools.atlas.contents import contents
+from tools.atlas.page import page
 
 RECONSTRUCTED = ["IASS90", "SS90TOT", "SS90ABS"]
 
@@ -181,7 +183,7 @@ def rows_of(payload):
 def test_logic(tmp_path):
     figures = tmp_path / "figures.json"
     content = {
-        "contents": generator.contents(),
+        "contents": contents(),
         "rates": list(projected_rates()),
         "lives": LIVES,
         "priced": list(priced_lives()),
@@ -204,8 +206,8 @@ def test_logic(tmp_path):
 class Atlas:
     """The page in a browser."""
 
-    def __init__(self, generator, driver, file):
-        self.generator, self.driver, self.file = generator, driver, file
+    def __init__(self, driver, file):
+        self.driver, self.file = driver, file
         self.js, self.cdp = driver.execute_script, driver.execute_cdp_cmd
 
     def one(self, selector):
@@ -221,7 +223,7 @@ class Atlas:
 
     def open(self, view="", size=(1400, 900), dark=False):
         scheme = "dark" if dark else "light"
-        self.generator.open_view(self.driver, self.file, view, size, scheme)
+        open_view(self.driver, self.file, view, size, scheme)
         self.until("document.title.includes(' – ')")
 
     def press(self, *keys):
@@ -246,10 +248,10 @@ def atlas(tmp_path_factory):
     file = tmp_path_factory.mktemp("atlas") / "atlas.html"
     command = [sys.executable, "-m", "tools.atlas", str(file)]
     subprocess.run(command, check=True, capture_output=True)
-    assert file.read_text("utf-8") == generator.page()  # built twice, the same
-    driver = generator.browser(file.parent)
+    assert file.read_text("utf-8") == page()  # built twice, the same
+    driver = browser(file.parent)
     try:
-        atlas = Atlas(generator, driver, file)
+        atlas = Atlas(driver, file)
         yield atlas
         assert atlas.errors() == []
     finally:
@@ -321,7 +323,7 @@ def test_comparing_and_taking_it_away(atlas):
         atlas.until(f"document.getElementById('{said}').textContent === 'Copied.'")
         assert taken in atlas.driver.execute_async_script(read)
     # All tables, as ./dev export writes them.
-    version = generator.contents()["version"]
+    version = contents()["version"]
     atlas.one("#everything").click()
     with zipfile.ZipFile(io.BytesIO(atlas.saved(f"data_tables-{version}.zip"))) as packed:
         got = {name.partition("/")[2]: packed.read(name) for name in packed.namelist()}
