@@ -22,6 +22,8 @@ IMPORT = """
         # Bound in advance to a name that the body binds: acts when that statement lets it go.
         def __init__(self, action): self.action = action
         def __del__(self): self.action()
+    class Liar(list):
+        def __iter__(self): return iter((1, 0.5))
     def body_with(statement, action):
         module = new_module()
         vars(module)[statement] = At(action)
@@ -76,6 +78,13 @@ FAILURES = {
     page = ctypes.addressof(version) & ~4095  # A constant of the interpreter: made writable.
     assert ctypes.CDLL(None).mprotect(ctypes.c_void_p(page), 8192, 7) == 0
     version.value = 0x030D00F0""": 'RuntimeWarning("compile time Python version 3.1',
+    """
+    size = ctypes.c_ssize_t.from_address(id(float) + float.__base__.__basicsize__ * 2)
+    assert size.value == float.__basicsize__
+    def action():
+        size.value += 8
+        try: __import__(NAME)
+        finally: size.value -= 8""": "ImportError('data_tables has been built for an interp",
     at("_dav_mi_linear", "bind(_dav_mi_linear=5)"): "TypeError(",
     at("_build_dav2004r_data", "bind(_build_dav2004r_data=5)"): "TypeError(",
     at("_DAV2004R_DATA", "module_dict()['_DAV2004R_DATA'].clear()"): "KeyError('Agg_2o')",
@@ -99,9 +108,13 @@ def test_import_fails_as_it_should_and_then_succeeds(setting, failure):
 
 # Each setting, and what it makes of a list of the module.
 SUCCESSES = {
-    "zip is another type": (
-        "builtins.zip = type('zip', (zip,), {})",
-        "_build_dav2004r_data() == module._DAV2004R_DATA",
+    "zip gives pairs that are walked otherwise than they are": (
+        "builtins.zip = lambda *lists: [Liar([7, 7])]",
+        "_build_dav2004r_data()['Agg_2o']['MI_m'][2005] == [1 + 0.05 * -0.5]",
+    ),
+    "a base is walked otherwise than it is": (
+        at("_OX_F_BASE", "bind(_OX_M_BASE=Liar(module_dict()['_OX_M_BASE']))"),
+        "DummyEXIT_Select['data']['ox_m'][1] == [1.0, 0.5 * 0.8]",
     ),
     "round clears the list under the walk": (
         "builtins.round = lambda *rest: module_dict()['_IX_M_BASE'].clear()",
@@ -146,9 +159,22 @@ SUCCESSES = {
         action = lambda: body_with("_DAV2004R_DATA", lose)""",
         "DAV2004R_Agg_2o['data'] is builtins._DAV2004R_DATA['Agg_2o']",
     ),
-    "a base becomes a tuple": (
-        at("_OX_M_BASE", "bind(_QX_LIFE=(0.5, 0.25))"),
-        "DummyLIFE_LinearGen['data']['mi_m'] == [0.00075, 0.000375, 0.0]",
+    "rates can be multiplied, and are no factors": (
+        """
+        class Rate:
+            def __init__(self, rate): self.rate = rate
+            def __mul__(self, factor): return self.rate * factor
+            def __lt__(self, other): return self.rate < other
+        def blend(start, target):
+            for each in gc.get_objects():
+                if type(each) is list and len(each) > 90 and type(each[0]) is float:
+                    each[:] = map(Rate, each)
+        def become_tuples(*names):
+            bind(**{name: tuple(map(Rate, module_dict()[name])) for name in names})
+        action = lambda: body_with("_build_dav2004r_data", lambda: bind(
+            _dav_mi_linear=blend,
+            _IX_F_BASE=At(lambda: become_tuples("_QX_LIFE", "_OX_M_BASE", "_IX_M_BASE"))))""",
+        "DummyLIFE_LinearGen['data']['mi_m'][:-1] == [q * 0.0015 for q in module._QX_LIFE[:100]]",
     ),
     "imported again in the midst": (
         """
