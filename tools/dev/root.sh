@@ -158,6 +158,9 @@ choose_way() {
   say "no namespaces here (${why#bwrap: }): proot takes their place, which is slower"
 }
 
+# Whether this runs by proot.
+is_followed() { ! grep -q '^TracerPid:\s0$' /proc/self/status; }
+
 # Runs a command that is killed, with all that it has started, when this script ends.
 # shellcheck disable=SC2016 # for the shell in there
 tethered=(setpriv --pdeathsig TERM setsid bash -c 'trap "kill -KILL 0" TERM; "$@" & wait $!' bash)

@@ -47,7 +47,7 @@ run_tests() {
   # The sanitizer sees through the interpreter's own allocator only when that is out of the way.
   [ "$preset" != sanitize ] || allocator=malloc
   local look_for_leaks=1
-  if [ "$preset" = sanitize ] && ! grep -q '^TracerPid:\s0$' /proc/self/status; then
+  if [ "$preset" = sanitize ] && is_followed; then
     say 'NOT looked for leaks: that cannot be where proot follows each system call'
     look_for_leaks=0
   fi
