@@ -42,10 +42,11 @@ EXCHANGED = (
     "Starttrend Zieltrend,Selektionstafel Aggregattafel,F_1 F_2,Duration Durations"
 )
 # What may go unnoticed: ages that a description tells, for the axes are compared; loadings that the
-# rates beneath contain.
+# rates beneath contain; loadings where the improvement exceeds what they lead to by up to 0.0001.
 NAMED = (
     r"\.xml heading: .*Age: \[\d+\]",
     r"PERMF\w+\.xlsx heading: (\[?Recargo\]? \[?(volatilidad|nivel|modelo)\]?|\[\]0\.\d+)$",
+    r"PERMF\w+\.xlsx: PER2020_Ind_1o loading of mi_[fm] 9[1-6]$",
 )
 
 
@@ -215,15 +216,26 @@ def test_every_change_is_noticed(path, monkeypatch):
     for place, (column, age, _) in zip(figures, added):
         columns.setdefault(id(column), (column, []))[1].append((place, age))
     for column, cells in columns.values():
-        step = column.decimals and Decimal((0, (1,), -column.decimals))
+        loading = "loading" in column.column
+        decimals = 4 if loading and path.suffix == ".xlsx" else column.decimals
+        step = decimals and Decimal((0, (1,), -decimals))
         undo = [place.change(True, step) for place, _ in cells]
-        wrong, differing = judged(*document)
-        assert wrong != ["refused"]
-        unnoticed += [
-            f"{column} {age}" for _, age in cells if not missed(column, age, differing, wrong)
-        ]
+        with monkeypatch.context() as patch:
+            # Rates are compared with the module, not only with the loadings beside them.
+            if not loading:
+                patch.setattr(verify.spain_dgsfp, "expect_loadings", lambda read: None)
+            together = judged(*document)
         for back in undo:
             back()
+        # Where one loading has the document refused, each is changed alone.
+        for place, age in cells:
+            wrong, differing = together
+            if loading and wrong == ["refused"]:
+                back = place.change(True, step)
+                wrong, differing = judged(*document)
+                back()
+            if not ((loading and wrong == ["refused"]) or missed(column, age, differing, wrong)):
+                unnoticed.append(f"{path.name}: {column.table} {column.column} {age}")
     for kind, places in (("age", ages), ("heading", words)):
         for place in places:
             told, back = f"{path.name} {kind}: {place}", place.change()
