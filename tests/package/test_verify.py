@@ -18,11 +18,13 @@ import xlwt
 import tools.verify.__main__ as verify
 from tools.verify import (
     chile,
+    compare,
     formats,
     record,
     spain_boe,
 )
 from tools.verify.compare import HELD
+from tools.verify.printed import Printed
 
 FACTS = record.load()
 AGES = range(121)
@@ -456,8 +458,9 @@ ANNEXES_OF_2019 = (
 )
 
 
-def value_of_2019(printed, table, column, age):
+def value_of_2019(printed, key, age):
     """A rate with more decimals, or the loading that leads from the second order to the first."""
+    table, column = key
     name = column.removeprefix("load.")
     first, second = (
         printed.get((each, name), {}).get(age, 0) + Decimal("1e-9")
@@ -482,7 +485,7 @@ def workbook_of_2019(change=lambda rows: None):
             rows[8][at] = head
             for age in AGES:
                 rows[9 + age][ages] = age
-                rows[9 + age][at] = float(value_of_2019(printed, *key, age))
+                rows[9 + age][at] = float(value_of_2019(printed, key, age))
     change(rows)
     return xlsx({"Nuevas tablas": rows})
 
@@ -546,15 +549,92 @@ def test_a_column_counts_as_verified_until_it_changes(monkeypatch):
     assert list(verify.provenance.changed_since()) == ["declared.toml", "GAM83 qx_m"]
 
 
-def test_a_declared_difference_that_is_gone_is_told(tmp_path, capsys):
-    printed = as_printed("gam_71_male.csv")
-    printed["GAM71", "qx_m"][110] = Decimal("0.999999")
-    status, found = run(tmp_path / "gam_71_male.csv", FORMS["gam_71_male.csv"][0](printed), capsys)
-    assert status == 2 and "no longer so at age 110" in found["problems"][0]
+D = Decimal
+AS_DECLARED = {0: D("0.2"), 1: D("0.3"), 3: D(1), 4: D(1)}  # held: 0.1, 0.25, 1 to omega 2
+
+
+@pytest.mark.parametrize(
+    ("changes", "differing", "told"),
+    [
+        ({}, [], ["T c, p: declared, but no longer so at age 2: skipped"]),
+        ({2: None}, [], []),
+        ({2: D("0.9")}, [2], ["no longer so at age 2"]),  # printed, and another
+        ({2: None, 0: D("0.3")}, [0], ["no longer so at age 0: other"]),  # any figure
+        ({2: None, 0: D("0.1")}, [], ["no longer so at age 0: other"]),  # the held one
+        ({2: None, 0: None}, [0], ["no longer so at age 0: other"]),
+        ({2: None, 1: D("0.2")}, [1], ["no longer so: rounded"]),  # rounded otherwise
+        ({2: None, 1: D("0.30")}, [1], ["no longer so: rounded"]),  # to more decimals
+        ({2: None, 3: D("0.9")}, [3], ["no longer so at age 3: again"]),  # any repeat
+        ({2: None, 4: None}, [], ["no longer so at age 4: again"]),  # half of it is gone
+        ({2: None, 5: D(1)}, [5], []),  # one more
+    ],
+)
+def test_each_kind_of_declaration_allows_what_it_says_and_no_more(
+    changes, differing, told, monkeypatch
+):
+    monkeypatch.setattr(compare, "HELD", {("T", "c"): {0: D("0.1"), 1: D("0.25"), 2: D(1)}})
+    common = {"documents": ["d"], "columns": "T *"}
+    entries = [
+        {**common, "reason": "other", "figures": {"T c": "0: 0.2"}},
+        {**common, "reason": "rounded", "rounded": 1},
+        {**common, "reason": "skipped", "not_printed": "2"},
+        {**common, "reason": "again", "repeats": "3-4"},
+    ]
+    declared = [each for entry in entries for each in record.declarations(entry)]
+    facts = record.Record({}, {}, {"d": {("T", "c")}}, [], declared)
+    figures = AS_DECLARED | {2: D(1)} | changes
+    figures = {age: figure for age, figure in figures.items() if figure is not None}
+    (found,), problems = compare.compare(facts, "d", [Printed("T", "c", "p", figures=figures)])
+    assert [cell[0] for cell in found.differences] == differing
+    assert len(problems) == len(told) and all(map(str.__contains__, problems, told))
+    strange = [Printed("T", name, "p", figures={0: D(1)}) for name in ("x", "c")]
+    assert "T x: the module has no such column" in compare.compare(facts, "d", strange)[1]
+    facts.claims["d"] = {("T", "y")}
+    problems = compare.compare(facts, "d", [Printed("T", "c", "p", figures=figures)])[1]
+    assert "T y: the document should hold it and does not" in problems
+    assert "T c: not on record as read from this document" in problems
+
+
+def test_only_a_run_without_differences_is_recorded(tmp_path, capsys, monkeypatch):
+    path, kept = tmp_path / "t825.xml", tmp_path / "verified.json"
+    monkeypatch.setattr(verify.provenance, "VERIFIED", kept)
+    form, printed = FORMS["t825.xml"][0], as_printed("t825.xml")
+    whole = form(printed)
+    printed["GAM83", "qx_f"][60] += D("0.000001")
+
+    def told(content, *options, digest=None):
+        path.write_bytes(content)
+        digests = {"t825.xml": digest or verify.hashlib.sha256(content).hexdigest()}
+        facts = record.Record(digests, FACTS.rows, FACTS.claims, [], FACTS.declared)
+        monkeypatch.setattr(record, "load", lambda: facts)
+        return verify.main([*options, str(path)])
+
+    assert told(form(printed), "--record") == 1 and not kept.exists()
+    assert told(whole, "--record", digest="another") == 2 and not kept.exists()
+    assert told(whole, "--record") == 0
+    recorded = kept.read_text("utf-8")
+    assert json.loads(recorded)["GAM83 qx_f"][0]["equal"] == 106
+    assert told(whole, "--all") == 0 and told(whole, "--all", digest="another") == 2
+    assert told(form(printed), "--record") == 1 and kept.read_text("utf-8") == recorded
+    kept.write_text(recorded.replace('"equal": 106', '"equal": 105'), "utf-8")
+    assert told(whole, "--all") == 2
+    assert "provenance tells another result" in capsys.readouterr().out
+
+
+def test_a_computed_rate_that_differs_counts(capsys, monkeypatch):
+    figures = HELD["GAM83", "qx_f"] | {60: D("0.5")}
+    columns = [Printed("GAM83", "qx_f", "p", computed=True, figures=figures)]
+    monkeypatch.setattr(verify, "bounded_read", lambda path: ("digest", "t825.xml", columns))
+    assert verify.main(["any"]) == 1 and "age 60: printed 0.5" in capsys.readouterr().out
 
 
 def test_a_table_that_is_printed_twice_is_compared_twice(tmp_path, capsys):
     book = openpyxl.load_workbook(io.BytesIO(supervisor(as_printed(chile.NAME))))
+    book["Vejez-Mujeres"]["M1"] = None
+    book.save(packed := io.BytesIO())
+    status, found = run(tmp_path / "edition.xlsx", packed.getvalue(), capsys)
+    assert status == 2 and "Vejez-Mujeres!M1: the heads from there are ['']" in found["unreadable"]
+    book["Vejez-Mujeres"]["M1"] = "TABLA RV-2020-MUJERES"
     book["Sobrevivencia-Hombres"].title = "Sobrevivencia"
     book.save(packed := io.BytesIO())
     status, found = run(tmp_path / "edition.xlsx", packed.getvalue(), capsys)
@@ -640,6 +720,9 @@ def test_a_document_that_cannot_be_read_is_told(tmp_path, capsys, monkeypatch):
         (peai_changed(0, 40.5), "40.5 is not an age"),
         (peai_changed(1, True), "True is not a number"),
         (xlsx({"Sheet1": [["Ed"], *[[None]] * 399, [1]]}), "has more than 400 rows"),
+        (xlsx({"Sheet1": [["Ed"], [*[None] * 64, 1]]}), "has more than 400 rows of 64 cells"),
+        (b"Edad,Hombre qx,Mujer qx\n0,0.1,0.2,0.3", "line 2: 3 figures, not 2"),
+        (b"Edad,Hombre qx,Mujer qx\n0,0.1,text", "line 2: 'text' is not a figure"),
         (r_data({("GAM71", "qx_f"): {65.9: 1}}), "65.9 is not an age"),
     ):  # fmt: skip
         status, found = run(tmp_path / "document", content, capsys)
