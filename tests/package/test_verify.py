@@ -586,7 +586,7 @@ def test_each_kind_of_declaration_allows_what_it_says_and_no_more(
     figures = {age: figure for age, figure in figures.items() if figure is not None}
     (found,), problems = compare.compare(facts, "d", [Printed("T", "c", "p", figures=figures)])
     assert [cell[0] for cell in found.differences] == differing
-    assert len(problems) == len(told) and all(map(str.__contains__, problems, told))
+    assert len(problems) == len(told) and all(map(str.__contains__, problems, told, strict=True))
     strange = [Printed("T", name, "p", figures={0: D(1)}) for name in ("x", "c")]
     assert "T x: the module has no such column" in compare.compare(facts, "d", strange)[1]
     facts.claims["d"] = {("T", "y")}
