@@ -10,7 +10,7 @@ import subprocess
 import sys
 from pathlib import Path
 
-from tools import provenance
+from tools import TOP, provenance
 from tools.atlas.contents import ShapeError, contents
 
 PARTS = Path(__file__).resolve().parent
@@ -59,10 +59,13 @@ def page():
     """The text of the page."""
     style = read(npm("uplot/dist/uPlot.min.css")) + "\n" + read(PARTS / "page.css")
     code = script()
-    licences = "\n\n".join(f"{name}:\n\n{read(npm(f'{name}/LICENSE'))}" for name in INSIDE)
+    notice = read(TOP / "NOTICE")
+    for name in INSIDE:
+        if read(npm(f"{name}/LICENSE")).strip() not in notice:
+            raise ShapeError(f"NOTICE does not hold the licence of {name} as npm has it")
     shown = contents()
     data = json.dumps(shown, ensure_ascii=False, separators=(",", ":"))
-    assert "--" not in licences and "</script" not in code
+    assert "-->" not in notice and "</script" not in code
 
     def allow(text):
         return f"'sha256-{base64.b64encode(hashlib.sha256(text.encode()).digest()).decode()}'"
@@ -81,7 +84,7 @@ def page():
     parts = {
         "style": style,
         "script": code,
-        "licences": licences,
+        "notice": notice.replace("---- ", "").replace(" ----", ":"),
         "data": data.replace("<", "\\u003c"),  # a text must not end the element that it is in
         "policy": policy,
         "made": f"data_tables {shown['version']} of {shown['date']}, catalogue {shown['digest']}",
