@@ -96,6 +96,7 @@ def system_tag(module: Path) -> tuple[str, list[str]]:
     # Storage of a thread that is allocated when it is first used: without memory, the process ends.
     on_demand = re.findall(r".*(?:DTPMOD|DTPREL|DTPOFF|TLSDESC).*", run("readelf", "-rW", module))
     assert not on_demand, on_demand
+    assert ".symtab" not in run("readelf", "-SW", module), f"{module} is not stripped"
     (major, minor), names = max(by_version.items())
     machine = sysconfig.get_platform().removeprefix("linux-").replace("-", "_")
     return f"manylinux_{major}_{minor}_{machine}", sorted(names)

@@ -50,6 +50,7 @@ provide_gcc12() {
     CXX="$(echo "$extracted"/usr/bin/*-linux-gnu*-g++-12)"
     # Debian's headers of Python include some by their triplet.
     CXXFLAGS="--sysroot=$extracted -idirafter /usr/include"
-    LDFLAGS="-L$(echo "$extracted"/usr/lib/gcc/*/11)"
+    # Its strip does not run here: the linker leaves out what it would.
+    LDFLAGS="-s -L$(echo "$extracted"/usr/lib/gcc/*/11)"
   )
 }
