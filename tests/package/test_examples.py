@@ -157,6 +157,28 @@ def test_code_in_documents_prints_what_it_says(document):
         assert list(module.PER2020_Ind_1o) == [*payload, "data"]
 
 
+def test_figures_in_running_text_are_those_of_the_module():
+    tables = REPO_TABLES.values()
+    columns = [column for table in tables for column in table["data"].values()]
+    lists = [each for c in columns for each in ([c] if isinstance(c, list) else c.values())]
+    once = {id(each): each for each in lists}.values()
+    floats = [rate for each in once for rate in each if isinstance(rate, float)]
+    starts = sorted({table["start_age"] for table in tables})
+    late = sum(table["start_age"] > 0 for table in tables)
+    assert len(tables) / 3 < late < len(tables) / 2
+    for document, figure in (
+        ("export", f"each of the {sum(map(len, lists)):,} values"),
+        (
+            "performance",
+            f"one object, also where rules compute them: {len(set(map(id, floats))):,}",
+        ),
+        ("performance", f"| {len(floats):,} |"),
+        ("reading", f"begin at {', '.join(map(str, starts[:-1]))} or {starts[-1]};"),
+        ("reading", "more than a third of them"),
+    ):
+        assert figure in (TOP / "docs" / f"{document}.md").read_text("utf-8"), figure
+
+
 def test_a_link_that_leads_nowhere_is_told(tmp_path, monkeypatch):
     monkeypatch.setattr(links, "TOP", tmp_path)
     document = tmp_path / "a.md"
