@@ -172,7 +172,6 @@ def test_figures_in_running_text_are_those_of_the_module():
             "performance",
             f"one object, also where rules compute them: {len(set(map(id, floats))):,}",
         ),
-        ("performance", f"| {len(floats):,} |"),
         ("reading", f"begin at {', '.join(map(str, starts[:-1]))} or {starts[-1]};"),
         ("reading", "more than a third of them"),
     ):
