@@ -407,7 +407,7 @@ def test_options_of_the_sanitizers_bear_a_path_with_a_space(tmp_path):
     assert parts_of_dev(script, tmp_path)[::2] == (7, "")
 
 
-def test_paths_of_tests_are_those_of_the_callers_folder(tmp_path):
+def test_paths_of_tests_are_those_of_the_callers_folder_and_no_files_are_an_error(tmp_path):
     script = """
         caller=$here/tests/reliability
         from_top -k atlas -x test_leaks.py::test_x ../package -m embedding.cpp nothing
@@ -419,3 +419,5 @@ def test_paths_of_tests_are_those_of_the_callers_folder(tmp_path):
         "-k atlas -x tests/reliability/test_leaks.py::test_x tests/package "
         "-m embedding.cpp nothing tests/test_laws.py"
     ).split()), said  # fmt: skip
+    status, _, said = parts_of_dev(f". '{TOP}/tools/check.sh'; tree_files '*.none'", tmp_path)
+    assert status == 2 and "there are no files: *.none" in said
