@@ -370,6 +370,29 @@ def test_plot_is_what_one_sees_first(atlas, size):
         assert not atlas.one("#finder").is_displayed() and atlas.one("#rates .plot").is_displayed()
 
 
+def test_pointer_tells_age_and_each_curve_from_the_highest_down(atlas):
+    atlas.open("table=GAM83&with=GRMF95&ages=60-70")
+    plot = atlas.one("#rates .u-over")
+    tip = "document.querySelector('#rates .tip')"
+    assert atlas.js(f"return {tip}.hidden")
+    ActionChains(atlas.driver).move_to_element(plot).perform()
+    atlas.until(f"!{tip}.hidden")
+    held = {}
+    for name in ("GAM83", "GRMF95"):
+        for column, rates in REPO_TABLES[name]["data"].items():
+            held[f"{name} {column}"] = rates[65 - REPO_TABLES[name]["start_age"]]
+    expected = sorted(held.items(), key=lambda item: -item[1])
+    rows = atlas.js(f"return [...{tip}.querySelectorAll('tr')].map((row) => row.innerText)")
+    cells = [row.split() for row in rows]
+    assert atlas.js(f"return {tip}.querySelector('b').innerText") == "Age 65"
+    assert [(f"{table} {column}", float(value)) for table, column, _, value in cells] == expected
+    assert {(column[-1], sex) for _, column, sex, _ in cells} == {("m", "males"), ("f", "females")}
+    left, _, right, _ = atlas.box("#rates .tip")
+    assert left >= 0 and right <= 1400
+    atlas.one("#rates .plot").send_keys(Keys.ARROW_LEFT)  # by keys as well
+    atlas.until(f"{tip}.querySelector('b')?.innerText === 'Age 64'")
+
+
 AXE = """
   const seen = ({ violations }) => violations.map((v) => [v.id, v.nodes.map((node) => node.html)]);
   axe.run().then((result) => arguments[0](seen(result)), (error) => arguments[0](String(error)));

@@ -17,6 +17,12 @@ PICTURES = {
         "light",
         "body",
     ),
+    "atlas-tooltip.png": (
+        "table=PER2020_Ind_1o&with=PER2020_Col_1o,GRMF95,DAV2004R_Agg_1o&year=2026&ages=40-100",
+        (1400, 800),
+        "light",
+        "#rates",
+    ),
     "atlas-phone.png": ("table=CB_H_2020&year=2023", (390, 844), "dark", "body"),
     "atlas-life.png": (
         "table=DAV2004R_SelUlt_1o&year=2026&age=55&deferred=10&paid=monthly"
@@ -60,12 +66,17 @@ def open_view(driver, file, view="", size=(1400, 900), scheme="light"):
 
 def paint(file, folder):
     """The pictures of the documentation."""
+    from selenium.webdriver import ActionChains
+
     with tempfile.TemporaryDirectory() as profile:
         driver = browser(Path(profile))
         try:
             for name, (view, size, scheme, start) in PICTURES.items():
                 open_view(driver, file, view, size, scheme)
                 driver.execute_script(f"document.querySelector('{start}').scrollIntoView()")
+                if name == "atlas-tooltip.png":
+                    plot = driver.find_element("css selector", "#rates .u-over")
+                    ActionChains(driver).move_to_element(plot).perform()
                 driver.save_screenshot(str(folder.resolve() / name))
         finally:
             driver.quit()

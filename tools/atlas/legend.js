@@ -15,7 +15,7 @@ const labelOf = ({ label, sex, shape }) => {
   return shape === "durations" ? `duration ${label}` : label;
 };
 
-function swatch(one) {
+export function swatch(one) {
   const ink = inkOf(one, dark.matches);
   const { outline, inside, full } = markOf(one, 30, 7, 3.5);
   return svg(

@@ -2,43 +2,22 @@
 
 import { markWords } from "./tables.js";
 
-// Hue of the first label of a column and of the last, saturation, lightness of both on light ground
-// and on dark, for males, females and both, for each of the tables that are laid over each other.
+// A table has one hue: of its first duration and of its last, saturation, lightness of both on light
+// ground and on dark, for each of the tables that are laid over each other.
 const INKS = [
-  {
-    m: [190, 214, 88, 48, 36, 76, 66],
-    f: [38, 15, 90, 42, 38, 74, 64],
-    u: [222, 222, 16, 50, 30, 64, 84],
-  },
-  {
-    m: [140, 174, 90, 32, 24, 60, 50],
-    f: [320, 286, 55, 54, 40, 80, 74],
-    u: [52, 46, 95, 30, 24, 56, 62],
-  },
-  {
-    m: [84, 104, 70, 32, 25, 66, 52],
-    f: [355, 338, 75, 50, 41, 80, 68],
-    u: [28, 24, 60, 40, 28, 66, 60],
-  },
-  {
-    m: [270, 248, 60, 62, 50, 84, 76],
-    f: [62, 45, 95, 30, 27, 64, 54],
-    u: [190, 186, 40, 40, 26, 70, 62],
-  },
+  [200, 214, 88, 56, 36, 60, 68],
+  [28, 15, 90, 52, 38, 60, 66],
+  [150, 164, 90, 36, 25, 46, 54],
+  [300, 286, 55, 58, 42, 72, 76],
 ];
-const DASHES = [
-  [2, 3],
-  [8, 4],
-  [12, 3, 2, 3],
-  [4, 3],
-  [16, 4],
-  [9, 3, 2, 3, 2, 3],
-];
+// The sex by the dash, as by the mark; a duration that is not the last has dots in it.
+const DASHES = { m: [], f: [9, 4], u: [14, 4, 3, 4] };
+const DOTTED = { m: [5, 2], f: [5, 2, 1, 4], u: [12, 2, 2, 2, 2, 2] };
 // The ages of a decade with a mark, by table, so that marks do not hide each other.
 const FIRST_MARK = [0, 5, 3, 8];
 
 export function inkOf(one, dark) {
-  const [hue, lastHue, saturation, ...light] = INKS[one.side][one.sex];
+  const [hue, lastHue, saturation, ...light] = INKS[one.side];
   const [from, to] = dark ? light.slice(2) : light.slice(0, 2);
   const part = one.of > 1 ? one.index / (one.of - 1) : 1;
   const between = (a, b) => Math.round(a + (b - a) * part);
@@ -48,7 +27,7 @@ export function inkOf(one, dark) {
 const isLast = (one) => one.index === one.of - 1;
 export function dashOf(one) {
   if (one.table.reconstructed) return [3, 3];
-  return isLast(one) ? [] : DASHES[one.index % DASHES.length];
+  return (isLast(one) ? DASHES : DOTTED)[one.sex];
 }
 
 // A mark in the middle of a series, as texts of paths: males have squares, females circles, both

@@ -12,12 +12,13 @@ import { hasTick, heightOf, pictureOf, tickText } from "./picture.js";
 import { fileName } from "./sheet.js";
 import { atlas, change, state } from "./state.js";
 import { KINDS } from "./tables.js";
+import { tooltip } from "./tooltip.js";
 
 const plots = {};
 const drawings = {};
 const noTick = "";
 
-function optionsOf(drawing, box) {
+function optionsOf(drawing, box, hint) {
   const { lines, log, range } = drawing;
   const crowded = lines.length > 8;
   const grid = { stroke: css("--grid"), width: 1 };
@@ -71,7 +72,10 @@ function optionsOf(drawing, box) {
       drawAxes: [(u) => drawUnder(u, drawing, state.view.age)],
       drawSeries: [(u, at) => drawMarks(u, drawing, lines[at - 1])],
       // Values are read where the pointer is; when it leaves, at the chosen age again.
-      setCursor: [(u) => u.status && readLegend(u.data[0][u.cursor.idx] ?? state.view.age)],
+      setCursor: [
+        (u) => u.status && readLegend(u.data[0][u.cursor.idx] ?? state.view.age),
+        (u) => u.status && hint.show(u),
+      ],
       setSelect: [zoomToSelection],
     },
   };
@@ -103,11 +107,13 @@ function draw(kind) {
     box.append(el("p.empty", why));
     return;
   }
+  const hint = tooltip(drawing);
   const plot = new uPlot(
-    optionsOf(drawing, box),
+    optionsOf(drawing, box, hint),
     [drawing.ages, ...lines.map((line) => line.drawn)],
     box,
   );
+  plot.over.append(hint.tip);
   const ageAt = (event) => {
     const left = event.clientX - plot.over.getBoundingClientRect().left;
     return Math.round(plot.posToVal(left, "x"));
@@ -201,6 +207,10 @@ function listenToFigure(kind) {
     const age = state.view.age + steps[event.key];
     change({ age: Math.max(first, Math.min(age, last)) });
     byId("reading").textContent = readLegend(state.view.age, kind);
+    // The plot is a new one, which is drawn a moment later.
+    setTimeout(() =>
+      plots[kind]?.setCursor({ left: plots[kind].valToPos(state.view.age, "x"), top: 0 }),
+    );
   });
 }
 
