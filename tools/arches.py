@@ -71,6 +71,17 @@ def configure(folder: Path) -> list[str | Path]:
     return ["cmake", "--fresh", "--preset", "release", "-S", TOP, "-B", folder]
 
 
+def emulated(path: Path, name: str, system: str, modules: Path) -> Path:
+    """A program that is the interpreter of an architecture, and finds modules in that folder."""
+    # No root of the architecture is configured: the interpreter is told where its files are, and
+    # that it is this program, which it is to start where it starts itself.
+    return script(
+        path,
+        f'PYTHONPATH="{modules}" PYTHONHOME="{system}/usr" PYTHONDONTWRITEBYTECODE=1 \\\n'
+        f'  exec qemu-{name} -0 "$0" -L "{system}" "{system}/usr/bin/python3.14" "$@"',
+    )
+
+
 def built(folder: Path, name: str, triplet: str, system: str) -> Path:
     """The interpreter of an architecture, which imports the module built into the folder."""
     if name == "wasm32":
@@ -79,12 +90,7 @@ def built(folder: Path, name: str, triplet: str, system: str) -> Path:
         run("emcmake", *configure(folder), *wasm.options(folder, python, run))
         run("cmake", "--build", folder)
         return python
-    # No root of the architecture is configured: the interpreter is told where its files are.
-    python = script(
-        folder / "python",
-        f'PYTHONPATH="{folder}" PYTHONHOME="{system}/usr" PYTHONDONTWRITEBYTECODE=1 \\\n'
-        f'  exec qemu-{name} -L "{system}" "{system}/usr/bin/python3.14" "$@"',
-    )
+    python = emulated(folder / "python", name, system, folder)
     # CMake asks that interpreter for everything. Debian's headers include some by their triplet.
     run(
         *configure(folder),

@@ -1,10 +1,14 @@
 """Build the source distribution and, from nothing but that, the wheel; then prove both.
 
-Usage: ./dev wheel [FOLDER]. Both and the atlas end up in FOLDER, dist unless named. Nothing is
-fetched. Run by the interpreter of a build: the wheel has to hold that very module, the one that the
-tests have tested. Its name tells for which systems it is: those with the C library that the symbols
-of the module ask for, or a newer one. Both are built twice, and have to come out the same to the
-byte.
+Usage: ./dev wheel [FOLDER]. Both, the atlas and all tables as files (what ./dev export writes) end up
+in FOLDER, dist unless named. Nothing is fetched. Run by the interpreter of a build: the wheel has to
+hold that very module, the one that the tests have tested. Its name tells for which systems it is:
+those with the C library that the symbols of the module ask for, or a newer one. Both are built twice,
+and have to come out the same to the byte.
+
+./dev wheel --for ARCHITECTURE [FOLDER] makes the wheel for another one, from a source distribution of
+its own that is not kept. There is no tested module to compare with: it is imported under the emulator,
+as ./dev arches does, and kept if the digests are as they have to be.
 """
 
 import importlib.util
@@ -23,7 +27,14 @@ from pathlib import Path
 from tempfile import TemporaryDirectory
 from zipfile import ZipFile
 
-from tools import TOP
+import scikit_build_core
+
+from marlune.tables import data_tables
+from tools import TOP, arches, export
+from tools.digest import digest_of
+
+# Where Python finds what builds the wheel.
+BACK_END = Path(scikit_build_core.__file__).parent.parent
 
 # The rest of the package, as far as data_tables can tell.
 STAND_IN = TOP / "tests" / "package" / "stand_in"
@@ -73,45 +84,52 @@ def run(*command: str | Path, cwd: Path = TOP) -> str:
     return done.stdout
 
 
-def pip(*arguments: str | Path) -> None:
+def pip(*arguments: str | Path, python: str | Path = sys.executable) -> None:
     options = ("--isolated", "--quiet", "--disable-pip-version-check")
-    run(sys.executable, "-m", "pip", *options, *arguments)
+    run(python, "-m", "pip", *options, *arguments)
 
 
 def git(*arguments: str) -> str:
     return run("git", "-c", f"safe.directory={TOP}", *arguments)
 
 
-def system_tag(module: Path) -> tuple[str, list[str]]:
-    """The systems that a module is for, and what it takes from the newest C library among them."""
-    needed = re.findall(r"NEEDED +(\S+)", run("objdump", "-p", module))
-    assert all(re.match(r"(libc|ld-linux[-\w]*)\.so", name) for name in needed), needed
+def system_tag(wheel: Path) -> tuple[str, list[str]]:
+    """The systems that a wheel is for, and what it takes from the newest C library among them."""
+    with TemporaryDirectory() as folder, ZipFile(wheel) as archive:
+        (module,) = (name for name in archive.namelist() if name.endswith(".so"))
+        shown = run("readelf", "-dSVrW", "--dyn-syms", archive.extract(module, folder))
+    needed = re.findall(r"\(NEEDED\) +Shared library: \[(\S+)\]", shown)
+    assert needed and all(re.match(r"(libc|ld-linux[-\w]*)\.so", name) for name in needed), needed
     by_version: dict[tuple[int, int], list[str]] = {}
-    for version, name in re.findall(r"\(GLIBC_(\S+)\) +(\S+)", run("objdump", "-T", module)):
+    for name, version in re.findall(r" UND (\S+)@GLIBC_(\S+)", shown):
         # A version that is no number is the C library's own affair, and the newest systems'.
         assert re.fullmatch(r"[0-9.]+", version), f"{name} needs GLIBC_{version}"
         major, minor = map(int, version.split(".")[:2])
         by_version.setdefault((major, minor), []).append(name)
-    assert "ABI_DT_RELR" not in run("objdump", "-p", module)
+    assert "ABI_DT_RELR" not in shown
     # Storage of a thread that is allocated when it is first used: without memory, the process ends.
-    on_demand = re.findall(r".*(?:DTPMOD|DTPREL|DTPOFF|TLSDESC).*", run("readelf", "-rW", module))
+    on_demand = re.findall(r".*(?:DTPMOD|DTPREL|DTPOFF|TLSDESC).*", shown)
     assert not on_demand, on_demand
-    assert ".symtab" not in run("readelf", "-SW", module), f"{module} is not stripped"
+    assert ".symtab" not in shown, f"{module} is not stripped"
     (major, minor), names = max(by_version.items())
-    machine = sysconfig.get_platform().removeprefix("linux-").replace("-", "_")
+    machine = wheel.stem.partition("linux_")[2]
     return f"manylinux_{major}_{minor}_{machine}", sorted(names)
 
 
-def make_wheel(source: Path, folder: Path, systems: str = "") -> Path:
+def make_wheel(source: Path, folder: Path, python: str | Path = sys.executable) -> Path:
     """The wheel that pip builds from a source distribution or a folder, and fetches nothing."""
     with TemporaryDirectory() as made:
         options = ("--no-index", "--no-build-isolation", "--wheel-dir", made)
-        pip("wheel", *options, source)
+        pip("wheel", *options, source, python=python)
         (wheel,) = Path(made).iterdir()
-        if systems:
-            tag = ("tags", "--remove", "--platform-tag", systems, wheel)
-            run(sys.executable, "-m", "wheel", *tag)
+        if not wheel.stem.endswith("-any"):
+            systems, names = system_tag(wheel)
+            run(
+                sys.executable, "-m", "wheel",
+                "tags", "--remove", "--platform-tag", systems, wheel,
+            )  # fmt: skip
             (wheel,) = Path(made).iterdir()
+            print(f"The wheel is for {systems}, because of {', '.join(names)}.")
         folder.mkdir(parents=True, exist_ok=True)
         (folder / wheel.name).write_bytes(wheel.read_bytes())
     return folder / wheel.name
@@ -198,35 +216,62 @@ def prove_installation(wheel: Path, rest: Path) -> None:
         assert not left, f"left behind: {left}"
 
 
-def main() -> None:
-    folder = Path(sys.argv[1] if len(sys.argv) > 1 else TOP / "dist").resolve()
+def make_for(name: str, system: str, folder: Path) -> None:
+    """The wheel for another architecture, built with the compiler and flags of the environment."""
+    expected = digest_of(data_tables)[0]
+    with TemporaryDirectory() as made:
+        home = Path(made).resolve()
+        # There, too, the back end and what it needs are those of this machine.
+        python = arches.emulated(home / "build" / "python", name, system, BACK_END)
+        wheel = make_wheel(make_source_distribution(home), home / "wheel", python)
+        with ZipFile(wheel) as archive:
+            archive.extractall(home / "installed")
+        python = arches.emulated(home / "python", name, system, home / "installed")
+        found, wrong = arches.compared(python, expected)
+        print(f"As it is, by every rule, control: {', '.join(found)}.")
+        if wrong:
+            sys.exit(f"not kept; not as it has to be: {', '.join(wrong)}")
+        folder.mkdir(parents=True, exist_ok=True)
+        print(sha256(wheel.read_bytes()).hexdigest(), shutil.copy(wheel, folder))
+
+
+def make_for_this_machine(folder: Path) -> None:
     folder.mkdir(parents=True, exist_ok=True)
     spec = importlib.util.find_spec("marlune.tables.data_tables")
     assert spec and spec.origin, "run by ./dev wheel, with a build to compare with"
-    systems, names = system_tag(Path(spec.origin))
-    # What is packed is as old as the commit, whenever it is packed.
-    os.environ["SOURCE_DATE_EPOCH"] = git("log", "-1", "--format=%ct").strip()
     source = make_source_distribution(folder)
-    wheel = make_wheel(source, folder, systems)
+    wheel = make_wheel(source, folder)
     with TemporaryDirectory() as again:
         source_again = make_source_distribution(Path(again))
-        wheel_again = make_wheel(source_again, Path(again), systems)
+        wheel_again = make_wheel(source_again, Path(again))
         for first, second in (source, source_again), (wheel, wheel_again):
             assert first.name == second.name and first.read_bytes() == second.read_bytes(), first
             print(sha256(first.read_bytes()).hexdigest(), first)
     print("Built twice, each came out the same. The first holds what git holds and nothing else.")
-    print(f"The wheel is for {systems}, because of {', '.join(names)}.")
     print("Built from that distribution alone, it holds the tested module, byte for byte:")
     print(*prove_contents(wheel, Path(spec.origin)), sep="\n")
     page = folder / "atlas.html"
     page.write_bytes((TOP / "docs" / "atlas.html").read_bytes())
     print("To look at the tables:", page)
+    print("All of them without Python:", export.write(folder))
     with TemporaryDirectory() as made:
         prove_installation(wheel, make_wheel(STAND_IN, Path(made)))
     print(
         "In a new environment it works alone and beside a package marlune, whichever is first and"
     )
     print("wherever that is; uninstalling either leaves the other working, both leaves no file.")
+
+
+def main() -> None:
+    arguments = sys.argv[1:]
+    # What is packed is as old as the commit, whenever it is packed.
+    os.environ["SOURCE_DATE_EPOCH"] = git("log", "-1", "--format=%ct").strip()
+    other = arguments[1:3] if arguments[:1] == ["--for"] else []
+    (folder,) = arguments[3 if other else 0 :] or [str(TOP / "dist")]
+    if other:
+        make_for(*other, Path(folder).resolve())
+    else:
+        make_for_this_machine(Path(folder).resolve())
 
 
 if __name__ == "__main__":

@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# Sourced by `dev`: the module on other architectures.
+# Sourced by `dev`: the module on other architectures, and the wheels.
 
 arches=(arm64 s390x riscv64 ppc64el armhf i386 wasm32)
 declare -A headers
@@ -26,4 +26,31 @@ arches_command() {
   done
   build release
   tool_of release arches "${named[@]}"
+}
+
+# ./dev wheel [--for ARCHITECTURE] [FOLDER]
+wheel_command() {
+  if [ "${1:-}" != --for ]; then
+    need package gcc12
+    build wheel
+    tool_of wheel wheel "$@"
+    return
+  fi
+  local name=${2:-} system compiler for
+  [ -n "${triplet[$name]:-}" ] || fail "--for is followed by one of ${!triplet[*]}, not by ${name@Q}"
+  for=${triplet[$name]}
+  shift 2
+  extract_packages "$suite" "$name" python3.14-minimal libpython3.14-dev
+  system=$extracted
+  # The same compiler and C library as for this machine; see provide_gcc12.
+  extract_packages bookworm "$(dpkg --print-architecture)" "g++-12-${for//_/-}" \
+    "libgcc-11-dev-$name-cross"
+  compiler=$extracted
+  need package "to-$name"
+  build release
+  # Assembler and linker take libraries of their own, and are those of the root.
+  export CXX=$compiler/usr/bin/$for-g++-12
+  export CXXFLAGS="--sysroot=$compiler -B/usr/$for/bin -idirafter $system/usr/include"
+  export LDFLAGS="-s -L$compiler/usr/lib/gcc-cross/$for/11"
+  tool_of release wheel --for "$name" "$system" "$@"
 }
