@@ -214,8 +214,7 @@ AREAS = {
         (("release", ["tests/package/test_atlas.py", "-k", "logic"]),),
         0.85,
     ),
-    "check": Area(r"tools/check\.sh", (), of_package("check"), 0.7),
-    "dev": Area("dev$|tools/dev/", (), of_package("dev"), 0.7),
+    "dev": Area(r"dev$|tools/dev/|tools/check\.sh", (), of_package("dev", "check"), 0.7),
     "tools": Area(
         "tools/|examples/",
         ("tools/provenance.py", "tools/changelog.py", "tools/export.py", "examples/life.py"),

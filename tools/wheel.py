@@ -1,14 +1,14 @@
 """Build the source distribution and, from nothing but that, the wheel; then prove both.
 
-Usage: ./dev wheel [FOLDER]. Both, the atlas and all tables as files (what ./dev export writes) end up
-in FOLDER, dist unless named. Nothing is fetched. Run by the interpreter of a build: the wheel has to
-hold that very module, the one that the tests have tested. Its name tells for which systems it is:
-those with the C library that the symbols of the module ask for, or a newer one. Both are built twice,
-and have to come out the same to the byte.
+Usage: ./dev wheel [FOLDER]. Both, the atlas and all tables as files (what ./dev export writes) go
+to FOLDER, dist unless named. Nothing is fetched. Run by the interpreter of a build: the wheel has
+to hold that very module, the one that the tests have tested. Its name tells for which systems it
+is: those with the C library that the symbols of the module ask for, or a newer one. Both are built
+twice, and have to come out the same to the byte.
 
-./dev wheel --for ARCHITECTURE [FOLDER] makes the wheel for another one, from a source distribution of
-its own that is not kept. There is no tested module to compare with: it is imported under the emulator,
-as ./dev arches does, and kept if the digests are as they have to be.
+./dev wheel --for ARCHITECTURE [FOLDER] makes the wheel for another one, from a source distribution
+of its own that is not kept. There is no tested module to compare with: it is imported under the
+emulator, as ./dev arches does, and kept if the digests are as they have to be.
 """
 
 import importlib.util
@@ -17,7 +17,6 @@ import re
 import shutil
 import subprocess
 import sys
-import sysconfig
 import tarfile
 import tomllib
 import venv
@@ -269,7 +268,8 @@ def main() -> None:
     other = arguments[1:3] if arguments[:1] == ["--for"] else []
     (folder,) = arguments[3 if other else 0 :] or [str(TOP / "dist")]
     if other:
-        make_for(*other, Path(folder).resolve())
+        name, system = other
+        make_for(name, system, Path(folder).resolve())
     else:
         make_for_this_machine(Path(folder).resolve())
 
