@@ -60,7 +60,7 @@ FRACTIONS = """
 
 def sweep(setting, allocations, lasting, record_property, at_least, stride=1):
     """The parts of the sweep run side by side."""
-    first = FIRST if setting == [IMPORT] else 0
+    first = FIRST if setting == [IMPORT] and allocations == "of_interpreter" else 0
     # An import has much that is done once in a process, and may be the one thing that fails.
     block = 1 if setting == [IMPORT] else 16
 
