@@ -127,7 +127,7 @@ LACKS_PYTHON = {"python3_14": "exit 1", "id": "echo 1000"}
         (["run"], {"DATA_TABLES_SOURCES": "/nowhere"}, {}, "there is no folder /nowhere"),
         (["run"], {"DATA_TABLES_ROOT": "/x"}, {}, "set by dev alone"),
         (["mutants"], {}, {}, "it takes a clone"),
-        *((each, {}, {"id": "echo 1000"}, "missing on this machine: lost. As root this brings")
+        *((each, {}, {"id": "echo 1000"}, "missing on this machine: lost")
           for each in (["atlas"], ["arches", "arm64"], ["arches", "wasm32"])),
         *((each, {}, LACKS_PYTHON, "making a root that has it needs root\n")
           for each in (["run"], ["atlas"], ["wheel"], ["arches", "arm64"])),
