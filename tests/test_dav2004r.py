@@ -51,14 +51,6 @@ def test_worked_values_bit_for_bit():
     ]
 
 
-def test_weights_are_products_not_quotients():
-    grid = blend([0.0], [1.0])
-    weights = [grid[year][0] for year in YEARS]
-    assert weights == [step * 0.05 for step in range(20)] + [1.0]
-    quotients = [year for year, weight in zip(YEARS, weights) if weight != (year - 2004) / 20]
-    assert quotients == [2004 + step for step in (3, 6, 7, 12, 14, 17, 19)]
-
-
 rates = st.floats(allow_nan=False, width=64) | st.integers(-(10**6), 10**6)
 
 

@@ -291,22 +291,6 @@ def test_spec_attributes_that_are_none_raise_or_are_missing():
     """)
 
 
-def test_second_interpreter_is_refused():
-    run(f"""
-        import _interpreters
-        import {NAME}
-        other = _interpreters.create("legacy")
-        failure = _interpreters.exec(other, "import {NAME}")
-        assert failure.type.__name__ == "ImportError", failure
-        assert failure.msg == (
-            "Interpreter change detected - this module can only be loaded into one interpreter"
-            " per process."
-        ), failure.msg
-        _interpreters.destroy(other)
-        assert list(vars({NAME}))[-1] == "__test__"
-    """)
-
-
 def test_only_the_entry_is_exported():
     listed = subprocess.run(
         ["nm", "-D", "--defined-only", module.__file__], capture_output=True, text=True, check=True
