@@ -1,4 +1,4 @@
-"""Walks over the columns of payloads."""
+"""Walks over the columns of payloads, and a blend of two."""
 
 from marlune.tables.data_tables import REPO_TABLES
 
@@ -24,3 +24,12 @@ def differences(name, path, start_age, got, want, agrees=None):
     if len(got) != len(want):
         lines.append(f"{name} {path}: {len(got)} ages, want {len(want)}")
     return lines
+
+
+def blended(start, target):
+    """What _dav_mi_linear makes of two lists, in plain Python."""
+    grid = {2004: start[:]}
+    for gone in range(1, 20):
+        weight = gone * 0.05
+        grid[2004 + gone] = [s + weight * (t - s) for s, t in zip(start, target)]
+    return grid | {2024: target[:]}

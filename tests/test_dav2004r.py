@@ -10,6 +10,7 @@ from hypothesis import HealthCheck, given, settings
 from hypothesis import strategies as st
 
 import marlune.tables.data_tables as module
+from columns import blended
 from compiler import compile_source
 from marlune.tables.data_tables import _DAV2004R_DATA as DATA
 from marlune.tables.data_tables import _build_dav2004r_data as build
@@ -17,16 +18,6 @@ from marlune.tables.data_tables import _dav_mi_linear as blend
 from tools.digest import objects_of
 
 YEARS = list(range(2004, 2025))
-
-
-def model(start, target):
-    """The blending in plain Python."""
-    grid = {2004: list(start)}
-    for year in range(2005, 2024):
-        weight = float(year - 2004) * 0.05
-        grid[year] = [s + weight * (t - s) for s, t in zip(start, target)]
-    grid[2024] = list(target)
-    return grid
 
 
 def bits(grid):
@@ -60,7 +51,7 @@ rates = st.floats(allow_nan=False, width=64) | st.integers(-(10**6), 10**6)
 def test_any_two_lists_give_what_plain_python_gives(start, target):
     before = list(start), list(target)
     try:
-        want = model(start, target)
+        want = blended(start, target)
     except OverflowError:
         return
     got = blend(mi_ziel=target, mi_start=start)
@@ -223,7 +214,7 @@ def test_name_longer_than_the_message_allows_is_cut():
 def test_second_order_improvement_is_the_blend_of_its_trends():
     for key in ("MI_m", "MI_f"):
         grid = DATA["Agg_2o"][key]
-        assert bits(grid) == bits(model(grid[2004], grid[2024]))
+        assert bits(grid) == bits(blended(grid[2004], grid[2024]))
         ends = [grid[year][121] for year in YEARS]
         assert [type(end) for end in ends] == [int] + [float] * 19 + [int] and not any(ends)
 

@@ -9,6 +9,7 @@ import random
 import pytest
 
 import marlune.tables.data_tables as data_tables
+from columns import blended
 from harness import trial
 
 IMPORT = """
@@ -290,45 +291,7 @@ def test_function_of_a_failed_import():
     )
 
 
-def test_recursion_limit_is_near():
-    trial(
-        IMPORT,
-        """
-        from fractions import Fraction
-        ordinary, depth = sys.getrecursionlimit(), 1
-        while failure_of(sys.setrecursionlimit, depth):
-            depth += 1
-        def needs(action):
-            for room in range(1, 200):
-                try:
-                    sys.setrecursionlimit(depth + room)
-                    action()
-                    return room
-                except RecursionError:
-                    assert complete(sys.modules.get(NAME, sys)) == done
-                finally:
-                    sys.setrecursionlimit(ordinary)
-        def deep(levels, lists):
-            return deep(levels - 1, lists) if levels else own_zip(*lists)
-        builtins.zip, done = lambda *lists: deep(30, lists), False
-        assert needs(action) > 30
-        module, fractions, done = import_it(), [Fraction(1, 3)] * 3, True
-        assert needs(lambda: module._dav_mi_linear(fractions, fractions)) > 3
-        assert needs(module._build_dav2004r_data) > 20
-        """,
-    )
-
-
 # ---- lists that change while they are blended ----
-
-
-def blend_by_the_rule(start, target):
-    years = {2004: start[:]}
-    for gone in range(1, 20):
-        weight = gone * 0.05
-        years[2004 + gone] = [s + weight * (z - s) for s, z in zip(start, target)]
-    years[2024] = target[:]
-    return years
 
 
 class Meddler:
@@ -383,6 +346,6 @@ def test_meddling_elements_see_the_same_as_by_the_rule():
     ends = set()
     for seed in range(2000):
         told = story(data_tables._dav_mi_linear, seed)
-        assert told == story(blend_by_the_rule, seed), seed
+        assert told == story(blended, seed), seed
         ends.add(told[1])
     assert ends == {"result", LookupError, TypeError}
