@@ -119,7 +119,8 @@ def test_changed_column_needs_a_row_in_the_changelog(tmp_path):
     for rows in [(), (changed,), (added,), (changed.replace("bb", "ba"), added)]:
         said = check("1.1", section("1.1", digest, *rows) + first, *now)
         assert "1.0: digest of all columns: undoing the rows of 1.1 gives" in said, rows
-    told = {"misprint": "reason or source is missing", "b2": "the column has b2"}
+    missing = "reason or source is missing"
+    told = {"misprint": missing, "page 1": missing, "b2": "the column has b2"}
     for what, said in told.items():
         rows = (changed.replace(what, ""), added)
         assert said in check("1.1", section("1.1", digest, *rows) + first, *now)
