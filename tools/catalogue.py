@@ -4,16 +4,9 @@ import sys
 
 from marlune.tables.data_tables import REPO_TABLES, PER2020_Ind_1o
 from tools import TOP
-from tools.provenance import (
-    ProvenanceError,
-    age_ranges,
-    markdown,
-    once,
-    register,
-    titled,
-    warnings_of,
-    wrapped,
-)  # fmt: skip
+from tools.markup import markdown, wrapped
+from tools.provenance import ProvenanceError, age_ranges, register, warnings_of
+from tools.provenance_document import once, titled
 
 DOCUMENT = TOP / "docs" / "catalogue.md"
 HEAD = ("name", "published name", "type", "ages", "base", "unit", "columns", "shape", "formula")

@@ -7,10 +7,10 @@
 import sys
 from difflib import unified_diff
 
-from tools import catalogue, provenance, stub
+from tools import catalogue, provenance, provenance_document, stub
 
 WRITTEN = {
-    provenance.DOCUMENT: provenance.document_text,
+    provenance_document.DOCUMENT: provenance_document.document_text,
     provenance.REGISTER: provenance.register_text,
     catalogue.DOCUMENT: catalogue.document_text,
     stub.STUB: stub.stub_text,

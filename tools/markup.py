@@ -1,7 +1,9 @@
-"""What the texts of the register of sources are written in: a little of Markdown."""
+"""A little of Markdown: what the texts of the register of sources have of it, and what we write."""
 
 import html
 import re
+from collections.abc import Iterable, Sequence
+from textwrap import fill
 
 
 class MarkupError(ValueError):
@@ -30,3 +32,20 @@ def as_html(text: str, where: str) -> str:
 def plain(text: str) -> str:
     """The text without its markup."""
     return html.unescape(re.sub("<[^>]+>", "", as_html(text, "a text")))
+
+
+def markdown(head: Sequence[str], rows: Iterable[Sequence[str]], code: int = 1) -> str:
+    """A table; the first cells of each row are code."""
+    shown = [head, *([*(f"`{cell}`" for cell in row[:code]), *row[code:]] for row in rows)]
+    widths = [max(map(len, column)) for column in zip(*shown)]
+    lines = [
+        "| " + " | ".join(cell.ljust(width) for cell, width in zip(row, widths)) + " |"
+        for row in shown
+    ]
+    lines.insert(1, "|" + "|".join("-" * (width + 2) for width in widths) + "|")
+    return "\n".join(lines)
+
+
+def wrapped(text: str) -> str:
+    """An item of a list."""
+    return fill(text, 100, subsequent_indent="  ", break_on_hyphens=False, break_long_words=False)

@@ -9,10 +9,12 @@ select duration or the calendar years. docs/provenance.md says what the words me
 import hashlib
 import json
 import tomllib
+from collections.abc import Iterable, Iterator
 from decimal import Decimal
 from fnmatch import fnmatchcase
 from functools import cache
-from textwrap import fill
+from pathlib import Path
+from typing import Any
 
 from marlune.tables.data_tables import REPO_TABLES
 from tools import TOP
@@ -22,17 +24,10 @@ VERIFIED = FOLDER / "verified.json"
 DECLARED = "declared.toml"
 NO_FAMILIES = ("documents.toml", DECLARED)
 REGISTER = TOP / "marlune" / "tables" / "data_tables_sources.json"
-DOCUMENT = TOP / "docs" / "provenance.md"
-MARK = "<!-- What follows is written by `./dev python -m tools.documents --write`. -->\n"
 GRADES = ("value", "completion", "paper trail")
 # What is said of every table, with its source.
 MEANING = ("use", "standing", "age_basis")
 NOT_STATED = "not stated"
-# The cells of a row of docs/provenance.md.
-HEAD = (
-    "table", "column", "place", "unit", "order", "basis", "ages", "not published", "closing",
-    "decimals", "verified", "digest",
-)  # fmt: skip
 # What a file says, what is marked it has to; whatever else stands there is an error.
 WORDS = {
     "family": "title! country issuer! publication! use! standing! age_basis! reading grids default"
@@ -45,11 +40,19 @@ WORDS = {
 }
 
 
+# What a file or the register says under one heading.
+type Entry = dict[str, Any]
+type Verified = dict[str, list[Entry]]  # by "TABLE COLUMN"
+type Ages = list[list[int]]  # the first and the last of each interval
+type Labels = list[int | str]
+type Rates = list[float]
+
+
 class ProvenanceError(Exception):
     """A file of provenance/ does not fit the module, or not the others."""
 
 
-def expect(holds, *what):
+def expect(holds: object, *what: object) -> None:
     if not holds:
         raise ProvenanceError(": ".join(map(str, what)))
 
@@ -57,14 +60,14 @@ def expect(holds, *what):
 # ---- the files ----
 
 
-def read_toml(name):
+def read_toml(name: str) -> Entry:
     try:
         return tomllib.loads((FOLDER / name).read_text("utf-8"))
     except tomllib.TOMLDecodeError as error:
         raise ProvenanceError(f"{name}: {error}") from None
 
 
-def expect_words(kind, item, *where):
+def expect_words(kind: str, item: Entry, *where: str) -> None:
     words = WORDS[kind].split()
     strange = set(item) - {word.rstrip("!") for word in words}
     expect(not strange, *where, kind, f"unknown words {sorted(strange)}")
@@ -72,7 +75,7 @@ def expect_words(kind, item, *where):
     expect(not missing, *where, kind, f"says no {', '.join(missing)}")
 
 
-def read_family(path):
+def read_family(path: Path) -> Entry:
     """A family as its file says it."""
     family = read_toml(path.name)
     expect_words("family", family, path.name)
@@ -97,7 +100,7 @@ def read_family(path):
     return {"id": path.stem} | others | family | lists
 
 
-def families():
+def families() -> list[Entry]:
     """The families in the order of their tables, which every one of them has."""
     paths = sorted(path for path in FOLDER.glob("*.toml") if path.name not in NO_FAMILIES)
     read = [read_family(path) for path in paths]
@@ -115,12 +118,12 @@ def families():
     return sorted(read, key=lambda each: order.index(each["tables"][0]))
 
 
-def entries_of(entries, name):
+def entries_of(entries: list[Entry], name: str) -> list[Entry]:
     """The entries that are about a table."""
     return [each for each in entries if fnmatchcase(name, each["tables"])]
 
 
-def intervals(ages):
+def intervals(ages: str) -> Ages:
     """[[first, last], …] from "20, 63-70"."""
     bounds = [part.split("-") for part in ages.replace(" ", "").split(",")]
     return [[int(each[0]), int(each[-1])] for each in bounds]
@@ -129,7 +132,7 @@ def intervals(ages):
 # ---- the module ----
 
 
-def columns_of(family, name):
+def columns_of(family: Entry, name: str) -> Iterator[tuple[str, str, Labels | None, list[Rates]]]:
     """Every column of a table that has a row: its name, its key, the labels in it, its lists."""
     for key, column in REPO_TABLES[name]["data"].items():
         if isinstance(column, list):
@@ -147,7 +150,7 @@ def columns_of(family, name):
             yield f"{key}.{span}", key, held, [column[label] for label in held]
 
 
-def facts_of(name, key, lists):
+def facts_of(name: str, key: str, lists: list[Rates]) -> Entry:
     """What the module knows of a column."""
     payload = REPO_TABLES[name]
     values = [repr(value) for rates in lists for value in rates]
@@ -167,23 +170,23 @@ def facts_of(name, key, lists):
 # ---- the last verification ----
 
 
-def last_verified():
+def last_verified() -> Verified:
     """What `./dev verify --record` found, by column."""
     return recorded_by_verify()[1]
 
 
-def recorded_by_verify():
+def recorded_by_verify() -> tuple[str | None, Verified]:
     """The digest of what was allowed when the columns were verified, and what was found of each."""
     recorded = json.loads(VERIFIED.read_text("utf-8")) if VERIFIED.exists() else {}
     return recorded.pop(DECLARED, None), recorded
 
 
-def declared_digest():
+def declared_digest() -> str:
     """Of the differences that the last verification allowed."""
     return hashlib.sha256((FOLDER / DECLARED).read_bytes()).hexdigest()
 
 
-def changed_since():
+def changed_since() -> Iterator[str]:
     """The columns whose digits are not those that were verified, and what was allowed."""
     allowed, verified = recorded_by_verify()
     if verified and allowed != declared_digest():
@@ -198,12 +201,12 @@ def changed_since():
 # ---- the register ----
 
 
-def only(found, *what):
+def only[Found](found: list[Found], *what: str) -> Found:
     expect(len(found) == 1, *what, f"matched by {len(found)} entries, not by one")
     return found[0]
 
 
-def doubt_of(doubt, columns):
+def doubt_of(doubt: Entry, columns: Iterable[tuple[str, str]]) -> Entry:
     """A doubt as the register has it: the columns that it is about, and their ages."""
     ages = intervals(doubt["ages"]) if "ages" in doubt else None
     about = [each for each in map(" ".join, columns) if fnmatchcase(each, doubt["columns"])]
@@ -217,7 +220,9 @@ def doubt_of(doubt, columns):
     }
 
 
-def columns_described(family, name, seen, verified):
+def columns_described(
+    family: Entry, name: str, seen: dict[tuple[int, ...], list[str]], verified: Verified
+) -> Iterator[tuple[str, Entry]]:
     """The columns of a table, as the register has them."""
     for column, key, labels, lists in columns_of(family, name):
         where = f"{name} {column}"
@@ -246,11 +251,11 @@ def columns_described(family, name, seen, verified):
         yield column, described
 
 
-def meant(entry):
+def meant(entry: Entry) -> Entry:
     return {"text": entry["text"], "source": entry.get("source")}
 
 
-def table_of(family, name, columns, doubts):
+def table_of(family: Entry, name: str, columns: Entry, doubts: list[Entry]) -> Entry:
     payload = REPO_TABLES[name]
     reading = entries_of(family["reading"], name)
     readings = {}
@@ -286,7 +291,7 @@ def table_of(family, name, columns, doubts):
 
 
 @cache
-def register():
+def register() -> Entry:
     """Everything, as marlune/tables/data_tables_sources.json has it. Do not change it."""
     verified = last_verified()
     documents = read_toml("documents.toml")
@@ -324,49 +329,10 @@ def register():
     }
 
 
-def published_rows():
-    """Table, column and entry of every published column, each list of rates once."""
-    for name, table in register()["tables"].items():
-        for column, entry in table["columns"].items():
-            if entry["published"] and not entry["same_as"]:
-                yield name, column, entry
-
-
-def warnings_of(name):
-    """What has to be said wherever the table is named, or None."""
-    table = register()["tables"][name]
-    parts = [
-        f"ages {age_ranges(each['reconstructed'])} are reconstructed, not published"
-        for each in table["columns"].values() if each["reconstructed"]
-    ]  # fmt: skip
-    parts += [doubt["warning"] for doubt in table["doubts"] if doubt["warning"]]
-    return "; ".join(dict.fromkeys(parts)) or None
-
-
-def age_ranges(ages):
-    """ "91-120" from [[91, 120]]."""
-    return ", ".join(str(a) if a == b else f"{a}-{b}" for a, b in ages)
-
-
-# ---- what is written ----
-
-
-def markdown(head, rows, code=1):
-    """A table; the first cells of each row are code."""
-    rows = [head, *([*(f"`{cell}`" for cell in row[:code]), *row[code:]] for row in rows)]
-    widths = [max(map(len, column)) for column in zip(*rows)]
-    lines = [
-        "| " + " | ".join(cell.ljust(width) for cell, width in zip(row, widths)) + " |"
-        for row in rows
-    ]
-    lines.insert(1, "|" + "|".join("-" * (width + 2) for width in widths) + "|")
-    return "\n".join(lines)
-
-
-def register_text():
+def register_text() -> str:
     """JSON; a column, a document and a doubt to a line, so that a change is one line as well."""
 
-    def text(value, depth):
+    def text(value: Any, depth: int) -> str:
         inner = list(value.items()) if isinstance(value, dict) else value
         if not depth or not isinstance(value, dict | list) or not inner:
             return json.dumps(value, ensure_ascii=False)
@@ -380,91 +346,25 @@ def register_text():
     return text(register(), 4) + "\n"
 
 
-def items_of(family):
-    """What is said about a family, name and text."""
-    yield "Issuer", family["issuer"] + (f", {family['country']}." if family["country"] else ".")
-    yield "Publication", family["publication"] + "."
-    for name in family["documents"]:
-        it = register()["documents"][name]
-        agreed = family["agreed"].get(name)
-        copy = it.get("copy", "not recorded")
-        text = f"`{name}`, {it['what']}. Copy: {copy}; read {it['read']}; sha256 `{it['sha256']}`."
-        yield "Document", text + (f" Equal: {agreed}." if agreed else "")
-    for kind in MEANING:
-        for text, names in once(family["tables"], kind):
-            yield titled(kind), f"{names}: {text}." if names else f"{text}."
-    yield from family["facts"].items()
+def published_rows() -> Iterator[tuple[str, str, Entry]]:
+    """Table, column and entry of every published column, each list of rates once."""
+    for name, table in register()["tables"].items():
+        for column, entry in table["columns"].items():
+            if entry["published"] and not entry["same_as"]:
+                yield name, column, entry
 
 
-def titled(kind):
-    return kind.replace("_", " ").capitalize()
+def warnings_of(name: str) -> str | None:
+    """What has to be said wherever the table is named, or None."""
+    table = register()["tables"][name]
+    parts = [
+        f"ages {age_ranges(each['reconstructed'])} are reconstructed, not published"
+        for each in table["columns"].values() if each["reconstructed"]
+    ]  # fmt: skip
+    parts += [doubt["warning"] for doubt in table["doubts"] if doubt["warning"]]
+    return "; ".join(dict.fromkeys(parts)) or None
 
 
-def once(names, key):
-    """What the register says of tables under a key, each text once: the text, the tables or ""."""
-    found = {}
-    for name in names:
-        text = register()["tables"][name][key]
-        if isinstance(text, dict):
-            text = text["text"] + (f" ({text['source']})" if text["source"] else "")
-        found.setdefault(text, []).append(f"`{name}`")
-    for text, tables in found.items():
-        if text:
-            yield text, ", ".join(tables) if len(found) > 1 else ""
-
-
-def doubts_of(family):
-    """The doubts about a family, each once: grade, text, and what it is about."""
-    found = {}
-    for name in family["tables"]:
-        table = register()["tables"][name]
-        for doubt in table["doubts"]:
-            by_ages = found.setdefault((doubt["grade"], doubt["text"]), {})
-            columns = doubt["columns"]
-            if not any(columns.values()) and columns.keys() == table["columns"].keys():
-                by_ages.setdefault("", []).append(f"`{name}`")
-                continue
-            for column, ages in columns.items():
-                by_ages.setdefault(age_ranges(ages or []), []).append(f"`{name} {column}`")
-    for (grade, text), by_ages in found.items():
-        parts = [", ".join(of) + (f" at {ages}" if ages else "") for ages, of in by_ages.items()]
-        yield grade, text, "; ".join(parts)
-
-
-def cells_of(name, column, entry):
-    ages = f"{entry['ages'][0]}-{entry['ages'][1]}"
-    kinds = ("reconstructed", "doubtful", "completed")
-    marks = [f"{age_ranges(entry[kind])} {kind}" for kind in kinds if entry[kind]]
-    verified = [
-        f"{each['document']} {each['equal']} of {each['cells']}"
-        + (" computed" if each["computed"] else "")
-        + (f", {sum(each['declared'].values())} declared" if each["declared"] else "")
-        for each in entry["verified"]
-    ]
-    return (
-        name, column, entry["place"], entry["unit"], entry["order"], entry["basis"], ages,
-        f"**{'; '.join(marks)}**" if marks else "-", entry["closing"], str(entry["decimals"]),
-        "; ".join(verified) or "-", f"`{entry['digest']}`",
-    )  # fmt: skip
-
-
-def wrapped(text):
-    return fill(text, 100, subsequent_indent="  ", break_on_hyphens=False, break_long_words=False)
-
-
-def document_text():
-    """docs/provenance.md: what stands above the mark is kept."""
-    above, mark, _ = DOCUMENT.read_text("utf-8").partition(MARK)
-    expect(mark, DOCUMENT.name, "the comment is gone below which it is written")
-    written = [above + MARK.rstrip()]
-    for family in register()["families"].values():
-        parts = [wrapped(f"- **{name}**: {text}") for name, text in items_of(family)]
-        parts += [
-            wrapped(f"- **Doubt ({grade})**: {text} About {about}.")
-            for grade, text, about in doubts_of(family)
-        ]
-        rows = [cells_of(*row) for row in published_rows() if row[0] in family["tables"]]
-        written += [f"## {family['title']}", "\n".join(parts)]
-        if rows:
-            written.append(markdown(HEAD, rows, 2))
-    return "\n\n".join(written) + "\n"
+def age_ranges(ages: Ages) -> str:
+    """ "91-120" from [[91, 120]]."""
+    return ", ".join(str(a) if a == b else f"{a}-{b}" for a, b in ages)

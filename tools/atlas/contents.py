@@ -6,7 +6,7 @@ import re
 import zlib
 
 from marlune.tables import data_tables
-from tools import TOP, digest, export, provenance
+from tools import TOP, digest, export, provenance, provenance_document
 from tools.markup import as_html, plain
 
 # The table that holds for a life until its annuity starts, from when the other one counts.
@@ -61,7 +61,7 @@ def doubts_of(name, record):
 
 def facts_of(name, family):
     """The facts about a family, name and text."""
-    for heading, text in provenance.items_of(family):
+    for heading, text in provenance_document.items_of(family):
         yield heading, as_html(text, name)
 
 
@@ -94,7 +94,7 @@ def table_of(name, record, family, lists):
         "doubts": list(doubts_of(name, record)),
         "facts": facts,
         "rows": [
-            [as_html(cell, name) for cell in provenance.cells_of(name, *row)]
+            [as_html(cell, name) for cell in provenance_document.cells_of(name, *row)]
             for row in rows.items()
         ],
     }
@@ -129,7 +129,7 @@ def contents():
         "date": release_date(register["version"]),
         "digest": digest.digest_of(data_tables)[0][:16],
         "keys": list(dict.fromkeys(key for table in tables for key, _ in table["meta"])),
-        "heads": provenance.HEAD,
+        "heads": provenance_document.HEAD,
         "invented": as_html(f"{invented}.", "synthetic"),
         "tables": tables,
         "lists": list(lists),
