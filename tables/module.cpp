@@ -19,13 +19,12 @@ constexpr const char *module_name = "data_tables";
 
 constexpr std::int64_t no_interpreter = -1;
 
-// All that is static and mutable. It is never destroyed: when the process ends, the interpreter is
-// gone before the C++ statics are.
+// What is static and mutable beside the live context. It is never destroyed: when the process ends,
+// the interpreter is gone before the C++ statics are.
 struct State {
   // The one that has the module. Interpreters with GILs of their own may ask for it at the same time.
   std::atomic<std::int64_t> interpreter = no_interpreter;
   Reference module; // from the start of its exec step
-  std::shared_ptr<const Context> live;
 };
 
 State &state() {
@@ -142,7 +141,7 @@ void set_up_module(PyObject *module, Progress &progress) {
   register_short_name(module);
   progress.line = body_plan.builtins_line;
   live->builtins = Builtins::find(live->names);
-  state().live = live;
+  exchange_live_context(live);
   run_body(*live, progress.line);
 }
 
@@ -153,7 +152,8 @@ int abort_import(PyObject *module, const Progress &progress) {
   PyObject *const pending = PyErr_GetRaisedException();
   {
     // Let go when it is forgotten already: finalizers may import the module again.
-    const State given_up{.module = std::move(state().module), .live = std::move(state().live)};
+    const Reference forgotten = std::move(state().module);
+    const auto context = exchange_live_context(nullptr);
   }
   if (pending != nullptr) {
     PyErr_SetRaisedException(pending);
@@ -197,8 +197,6 @@ PyModuleDef definition = {
 };
 
 } // namespace
-
-std::shared_ptr<const Context> live_context() { return state().live; }
 
 } // namespace marlune::tables
 

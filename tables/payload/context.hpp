@@ -20,7 +20,10 @@ struct Context {
 };
 
 // The context of the live module, for its functions; null when there is none, because its import has
-// failed or is not that far. The module answers: who asks need not know it.
+// failed or is not that far.
 std::shared_ptr<const Context> live_context();
+
+// Puts another in its place and returns the one before, which the caller lets go.
+std::shared_ptr<const Context> exchange_live_context(std::shared_ptr<const Context> context);
 
 } // namespace marlune::tables
