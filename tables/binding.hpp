@@ -25,12 +25,12 @@ struct Binding {
 // Tables and base vectors are proved where they are bound: what is not proved cannot be bound.
 consteval Binding table(const Payload &payload,
                         std::source_location place = std::source_location::current()) {
-  invariants::require(proved(payload), "the body binds a table that is not proved");
+  invariants::require(proof_of(payload).holds(), "the body binds a table that is not proved");
   return {Binding::Kind::table, payload.attribute, place, &payload};
 }
 consteval Binding base_vector(const BaseVector &vector,
                               std::source_location place = std::source_location::current()) {
-  invariants::require(proved(vector), "the body binds a base vector that is not proved");
+  invariants::require(proof_of(vector).holds(), "the body binds a base vector that is not proved");
   return {Binding::Kind::base_vector, vector.name, place, nullptr, &vector};
 }
 consteval Binding function(std::string_view name, PyMethodDef &function,

@@ -288,7 +288,9 @@ constexpr bool closes_with(Literals column, int last) {
     invariants::require(!rate.integer && rate.value > 0.0 && rate.value < 1.0,
                         "a DAV rate below omega is not a float between 0 and 1");
   }
-  invariants::prove_steps(0, {}, values_of(column));
+  invariants::Proof proof;
+  invariants::prove_steps(proof, 0, {}, values_of(column));
+  invariants::require(proof.holds(), proof.broken());
   return column.back() == Number(last);
 }
 static_assert(closes_with(qx_agg_1o_m, 1) && closes_with(qx_agg_1o_f, 1) &&

@@ -33,7 +33,7 @@ inline constexpr Payload DAV2004R_Agg_2o{
         "modelling is unnecessary or external to the analysis.",
     .data_source = DataSource{.attribute = "_DAV2004R_DATA", .key = "Agg_2o"},
 };
-static_assert(proved(DAV2004R_Agg_2o));
+static_assert(proved<DAV2004R_Agg_2o>());
 
 inline constexpr Payload DAV2004R_Agg_1o{
     .attribute = "DAV2004R_Agg_1o",
@@ -55,7 +55,7 @@ inline constexpr Payload DAV2004R_Agg_1o{
         "calculations where selection effects are modelled separately or deemed immaterial.",
     .data_source = DataSource{.attribute = "_DAV2004R_DATA", .key = "Agg_1o"},
 };
-static_assert(proved(DAV2004R_Agg_1o));
+static_assert(proved<DAV2004R_Agg_1o>());
 
 inline constexpr Payload DAV2004R_SelUlt_2o{
     .attribute = "DAV2004R_SelUlt_2o",
@@ -78,7 +78,7 @@ inline constexpr Payload DAV2004R_SelUlt_2o{
         "negligible.",
     .data_source = DataSource{.attribute = "_DAV2004R_DATA", .key = "SelUlt_2o"},
 };
-static_assert(proved(DAV2004R_SelUlt_2o));
+static_assert(proved<DAV2004R_SelUlt_2o>());
 
 inline constexpr Payload DAV2004R_SelUlt_1o{
     .attribute = "DAV2004R_SelUlt_1o",
@@ -100,6 +100,6 @@ inline constexpr Payload DAV2004R_SelUlt_1o{
         "technical calculations where selection is modelled separately or assumed negligible.",
     .data_source = DataSource{.attribute = "_DAV2004R_DATA", .key = "SelUlt_1o"},
 };
-static_assert(proved(DAV2004R_SelUlt_1o));
+static_assert(proved<DAV2004R_SelUlt_1o>());
 
 } // namespace marlune::tables::dav2004r

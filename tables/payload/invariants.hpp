@@ -1,63 +1,17 @@
 #pragma once
 
-// What holds for every payload. A table states `static_assert(proved(TABLE))` beside its data; when
-// a rule is broken the compiler stops there and prints its sentence, the column and the place in it.
+// What holds for every payload. A table states `static_assert(proved<TABLE>())` beside its data; when
+// a rule is broken the compiler stops and prints its sentence, the column and the place in it.
 
+#include "payload/proof.hpp"
 #include "payload/rate_values.hpp"
 
 #include <algorithm>
-#include <type_traits>
 
-namespace marlune::tables {
+namespace marlune::tables::invariants {
 
-namespace invariants {
-
-constexpr void require(bool holds, const char *sentence) {
-  if (!holds) {
-    throw sentence;
-  }
-}
-
-// Where in a table a rule is broken.
-struct Place {
-  std::string_view column;
-  Label label{};
-  int age = 999; // none: the rule is about all ages
-
-  // 1, the year or duration in four digits (0000: none, 9999: "ult"), the age in three.
-  [[nodiscard]] constexpr std::size_t number() const {
-    const int year_or_duration = label.ultimate ? 9999 : label.number;
-    const int digits = ((10'000 + year_or_duration) * 1000) + age;
-    return static_cast<std::size_t>(digits);
-  }
-};
-
-// Compilers print no text that they have computed. They do print the name of an array that is read
-// behind its end, and at which number.
-constexpr bool reads_behind_the_end(const Place &place) {
-  using Ends = bool[1];
-  constexpr Ends qx_m{};
-  constexpr Ends qx_f{};
-  constexpr Ends ix_m{};
-  constexpr Ends ix_f{};
-  constexpr Ends ox_m{};
-  constexpr Ends ox_f{};
-  constexpr Ends mi_m{};
-  constexpr Ends mi_f{};
-  constexpr Ends other{};
-  const std::string_view column = place.column;
-  const std::size_t number = place.number();
-  return (column == "qx_m" && qx_m[number]) || (column == "qx_f" && qx_f[number]) ||
-         (column == "ix_m" && ix_m[number]) || (column == "ix_f" && ix_f[number]) ||
-         (column == "ox_m" && ox_m[number]) || (column == "ox_f" && ox_f[number]) ||
-         (column == "mi_m" && mi_m[number]) || (column == "mi_f" && mi_f[number]) || other[number];
-}
-
-constexpr void require(bool holds, const char *sentence, const Place &place) {
-  if (!holds && std::is_constant_evaluated() && reads_behind_the_end(place)) {
-    return;
-  }
-  require(holds, sentence);
+constexpr Place place_of(const Column &column, const Entry &entry) {
+  return column.shape == Shape::flat ? Place{column.key} : Place{column.key, entry.label};
 }
 
 constexpr bool has(KeyOrder order, Key key) { return std::ranges::count(order, key) == 1; }
@@ -76,80 +30,94 @@ constexpr bool covers_ages(const RateValues &rates, const Payload &table) {
 }
 
 // The largest step of a published column up and down again, or down and up, is one by 14 %.
-constexpr void prove_steps(int start_age, Place place, const RateValues &rates) {
+constexpr void prove_steps(Proof &proof, int start_age, Place place, const RateValues &rates) {
   constexpr double largest = 1.25;
   for (std::size_t index = 1; index + 1 < rates.size(); ++index) {
     const auto [low, high] = std::minmax({rates[index - 1].value, rates[index + 1].value});
     place.age = start_age + static_cast<int>(index);
-    require(rates[index].value <= largest * high && low <= largest * rates[index].value,
-            "a rate stands out from those of the ages before and after it", place);
+    proof.require(rates[index].value <= largest * high && low <= largest * rates[index].value,
+                  "a rate stands out from those of the ages before and after it", place);
   }
 }
 
-constexpr void prove_decrement_rates(const Payload &table, Place place, const RateValues &rates) {
-  require(covers_ages(rates, table),
-          "the length of a decrement column is not omega - start_age + 1", place);
+constexpr void prove_decrement_rates(Proof &proof, const Payload &table, Place place,
+                                     const RateValues &rates) {
+  if (!proof.require(covers_ages(rates, table),
+                     "the length of a decrement column is not omega - start_age + 1", place)) {
+    return;
+  }
   const bool male = place.column.back() == 'm';
   for (place.age = table.start_age; place.age < table.omega; ++place.age) {
     const Number &rate = rates[static_cast<std::size_t>(place.age - table.start_age)];
-    require(!rate.integer, "an int before the last age of a decrement column", place);
-    require(within(rate.value, 0.0, certain(table)),
-            "a decrement rate is not a number between 0 and the certain decrement", place);
+    proof.require(!rate.integer, "an int before the last age of a decrement column", place);
+    proof.require(within(rate.value, 0.0, certain(table)),
+                  "a decrement rate is not a number between 0 and the certain decrement", place);
     const bool filled_up = male && table.deviations.male_certain_from &&
                            place.age >= *table.deviations.male_certain_from;
-    require((rate.value == certain(table)) == filled_up,
-            "the certain decrement stands below omega, where the table does not declare it", place);
+    proof.require((rate.value == certain(table)) == filled_up,
+                  "the certain decrement stands below omega, where the table does not declare it",
+                  place);
   }
   const Number &last = rates.back();
   if (table.deviations.last_decrement) {
-    require(last == *table.deviations.last_decrement,
-            "the last decrement is not the one that the table declares as its deviation", place);
+    proof.require(last == *table.deviations.last_decrement,
+                  "the last decrement is not the one that the table declares as its deviation",
+                  place);
   } else if (table.table_type == TableType::disability) {
-    require(!last.integer && last.value > 0.0 && last.value < certain(table),
-            "a disability column does not end in an ordinary rate", place);
+    proof.require(!last.integer && last.value > 0.0 && last.value < certain(table),
+                  "a disability column does not end in an ordinary rate", place);
   } else {
-    require(last == Number(certain(table)),
-            "a life or exit column does not end in the certain decrement, as a float", place);
+    proof.require(last == Number(certain(table)),
+                  "a life or exit column does not end in the certain decrement, as a float", place);
   }
-  prove_steps(table.start_age, place, rates);
+  prove_steps(proof, table.start_age, place, rates);
 }
 
-constexpr void prove_improvement_rates(const Payload &table, Place place, const RateValues &rates) {
-  require(covers_ages(rates, table),
-          "the length of an improvement column is not omega - start_age + 1", place);
+constexpr void prove_improvement_rates(Proof &proof, const Payload &table, Place place,
+                                       const RateValues &rates) {
+  if (!proof.require(covers_ages(rates, table),
+                     "the length of an improvement column is not omega - start_age + 1", place)) {
+    return;
+  }
   place.age = table.start_age;
   for (const Number &rate : rates) {
-    require(!rate.integer, "an int in an improvement column", place);
-    require(within(rate.value, 0.0, 0.1), "an improvement rate is not a decimal from 0 to 0.1",
-            place);
+    proof.require(!rate.integer, "an int in an improvement column", place);
+    proof.require(within(rate.value, 0.0, 0.1),
+                  "an improvement rate is not a decimal from 0 to 0.1", place);
     ++place.age;
   }
   place.age = table.omega;
-  require(rates.back().value == 0.0, "an improvement column does not end in 0.0", place);
-  prove_steps(table.start_age, place, rates);
+  proof.require(rates.back().value == 0.0, "an improvement column does not end in 0.0", place);
+  prove_steps(proof, table.start_age, place, rates);
 }
 
 // Numbered durations ascending by one from 0 or 1, then "ult".
-constexpr void prove_durations(const Payload &table, const Column &column) {
-  require(table.select_period.has_value(), "select durations in a table that is not select");
-  const auto numbered = static_cast<std::size_t>(*table.select_period);
-  require(column.entries.size() == numbered + 1,
-          "the number of numbered durations is not the select period", Place{column.key});
-  const int first = column.entries[0].label.number;
-  require(first == 0 || first == 1, "the first select duration is neither 0 nor 1",
-          Place{column.key});
-  for (std::size_t index = 0; index < numbered; ++index) {
-    require(column.entries[index].label == Label(first + static_cast<int>(index)),
-            "select durations do not ascend by one",
-            Place{column.key, column.entries[index].label});
+constexpr void prove_durations(Proof &proof, const Payload &table, const Column &column) {
+  if (!proof.require(table.select_period.has_value(),
+                     "select durations in a table that is not select")) {
+    return;
   }
-  require(column.entries.back().label == Label::ult(), "select durations do not end in \"ult\"",
-          Place{column.key});
+  const auto numbered = static_cast<std::size_t>(*table.select_period);
+  if (!proof.require(column.entries.size() == numbered + 1,
+                     "the number of numbered durations is not the select period",
+                     Place{column.key})) {
+    return;
+  }
+  const int first = column.entries[0].label.number;
+  proof.require(first == 0 || first == 1, "the first select duration is neither 0 nor 1",
+                Place{column.key});
+  for (std::size_t index = 0; index < numbered; ++index) {
+    proof.require(column.entries[index].label == Label(first + static_cast<int>(index)),
+                  "select durations do not ascend by one",
+                  Place{column.key, column.entries[index].label});
+  }
+  proof.require(column.entries.back().label == Label::ult(),
+                "select durations do not end in \"ult\"", Place{column.key});
 }
 
 // Those just selected have a lower rate than those selected long ago; where no select rate is known
 // up to omega, the ultimate one stands for it.
-constexpr void prove_select_rates(const Payload &table, const Column &column) {
+constexpr void prove_select_rates(Proof &proof, const Payload &table, const Column &column) {
   const RateValues ultimate = values_of(column.entries.back().rates);
   for (std::size_t duration = 0; duration + 1 < column.entries.size(); ++duration) {
     const Entry &entry = column.entries[duration];
@@ -159,7 +127,7 @@ constexpr void prove_select_rates(const Payload &table, const Column &column) {
       const double select_rate = select[index].value;
       const double ultimate_rate = ultimate[index].value;
       completed = completed || select_rate == ultimate_rate;
-      require(
+      proof.require(
           completed ? select_rate == ultimate_rate : select_rate < ultimate_rate,
           "a select rate is not below the ultimate rate of its age, nor that rate from there on",
           Place{column.key, entry.label, table.start_age + static_cast<int>(index)});
@@ -167,50 +135,59 @@ constexpr void prove_select_rates(const Payload &table, const Column &column) {
   }
 }
 
-constexpr void prove_decrement(const Payload &table, const Column &column) {
+constexpr void prove_decrement(Proof &proof, const Payload &table, const Column &column) {
   if (table.select_period) {
-    require(column.shape == Shape::select_mapping,
-            "a decrement column of a select table is not a select mapping", Place{column.key});
-    prove_durations(table, column);
+    if (!proof.require(column.shape == Shape::select_mapping,
+                       "a decrement column of a select table is not a select mapping",
+                       Place{column.key})) {
+      return;
+    }
+    prove_durations(proof, table, column);
   } else {
-    require(column.shape == Shape::flat, "a decrement column of an aggregate table is not flat",
-            Place{column.key});
+    if (!proof.require(column.shape == Shape::flat,
+                       "a decrement column of an aggregate table is not flat", Place{column.key})) {
+      return;
+    }
   }
   for (const Entry &entry : column.entries) {
-    prove_decrement_rates(table, Place{column.key, entry.label}, values_of(entry.rates));
+    prove_decrement_rates(proof, table, place_of(column, entry), values_of(entry.rates));
   }
   if (table.select_period) {
-    prove_select_rates(table, column);
+    prove_select_rates(proof, table, column);
   }
 }
 
-constexpr void prove_improvement(const Payload &table, const Column &column) {
-  require(table.formula.has_value(), "improvement rates in a table that is not generational",
-          Place{column.key});
+constexpr void prove_improvement(Proof &proof, const Payload &table, const Column &column) {
+  if (!proof.require(table.formula.has_value(),
+                     "improvement rates in a table that is not generational", Place{column.key})) {
+    return;
+  }
   switch (column.shape) {
   case Shape::flat:
     break;
   case Shape::year_grid:
     for (std::size_t year = 1; year < column.entries.size(); ++year) {
-      require(column.entries[year - 1].label.number < column.entries[year].label.number,
-              "the years of a grid do not ascend", Place{column.key, column.entries[year].label});
+      proof.require(column.entries[year - 1].label.number < column.entries[year].label.number,
+                    "the years of a grid do not ascend",
+                    Place{column.key, column.entries[year].label});
     }
     break;
   case Shape::duration_grid:
-    prove_durations(table, column);
+    prove_durations(proof, table, column);
     break;
   case Shape::select_mapping:
-    throw "an improvement column is a select mapping";
+    proof.require(false, "an improvement column is a select mapping", Place{column.key});
+    return;
   }
-  require(*table.formula != Formula::projected || column.shape == Shape::year_grid,
-          "projected improvement without a year for every rate", Place{column.key});
-  require(column.shape == Shape::flat || *table.formula == Formula::projected ||
-              *table.formula == Formula::exponential,
-          "a linear or discrete improvement column is not flat", Place{column.key});
+  proof.require(*table.formula != Formula::projected || column.shape == Shape::year_grid,
+                "projected improvement without a year for every rate", Place{column.key});
+  proof.require(column.shape == Shape::flat || *table.formula == Formula::projected ||
+                    *table.formula == Formula::exponential,
+                "a linear or discrete improvement column is not flat", Place{column.key});
   for (const Entry &entry : column.entries) {
-    require(!entry.label.ultimate || column.shape == Shape::duration_grid,
-            "\"ult\" in a column without durations", Place{column.key});
-    prove_improvement_rates(table, Place{column.key, entry.label}, values_of(entry.rates));
+    proof.require(!entry.label.ultimate || column.shape == Shape::duration_grid,
+                  "\"ult\" in a column without durations", Place{column.key});
+    prove_improvement_rates(proof, table, place_of(column, entry), values_of(entry.rates));
   }
 }
 
@@ -225,88 +202,83 @@ constexpr std::string_view decrement_prefix(TableType type) {
   return prefixes[static_cast<std::size_t>(type)];
 }
 
-constexpr void prove_columns(const Payload &table) {
+constexpr void prove_columns(Proof &proof, const Payload &table) {
   const std::string_view decrement = decrement_prefix(table.table_type);
   for (const Column &column : table.data) {
-    require(column.key.size() == 4 && (column.key[3] == 'm' || column.key[3] == 'f'),
-            "a column key is not a symbol, an underscore and a sex");
-    require(std::ranges::count(table.data, column.key, &Column::key) == 1,
-            "two columns have the same key", Place{column.key});
-    const char sex = column.key[3];
-    if (column.key.starts_with("mi_")) {
-      require(has_column(table, decrement, sex), "improvement rates without their decrement",
-              Place{column.key});
-      prove_improvement(table, column);
+    if (!proof.require(column.key.size() == 4 && (column.key[3] == 'm' || column.key[3] == 'f'),
+                       "a column key is not a symbol, an underscore and a sex")) {
       continue;
     }
-    require(column.key.starts_with(decrement), "a column that the table type does not have",
-            Place{column.key});
-    require(!table.sex_independent || sex == 'm', "a female column in a sex-independent table",
-            Place{column.key});
-    require(!table.formula || has_column(table, "mi_", sex),
-            "a decrement of a generational table without its improvement rates", Place{column.key});
-    prove_decrement(table, column);
+    proof.require(std::ranges::count(table.data, column.key, &Column::key) == 1,
+                  "two columns have the same key", Place{column.key});
+    const char sex = column.key[3];
+    if (column.key.starts_with("mi_")) {
+      proof.require(has_column(table, decrement, sex), "improvement rates without their decrement",
+                    Place{column.key});
+      prove_improvement(proof, table, column);
+      continue;
+    }
+    if (!proof.require(column.key.starts_with(decrement),
+                       "a column that the table type does not have", Place{column.key})) {
+      continue;
+    }
+    proof.require(!table.sex_independent || sex == 'm',
+                  "a female column in a sex-independent table", Place{column.key});
+    proof.require(!table.formula || has_column(table, "mi_", sex),
+                  "a decrement of a generational table without its improvement rates",
+                  Place{column.key});
+    prove_decrement(proof, table, column);
   }
 }
 
-constexpr void prove_metadata(const Payload &table) {
+constexpr void prove_metadata(Proof &proof, const Payload &table) {
   for (const Key key : table.order) {
-    require(has(table.order, key), "a metadata key stands twice");
+    proof.require(has(table.order, key), "a metadata key stands twice");
   }
   for (const Key key :
        {Key::table_name, Key::table_type, Key::generational, Key::decrement_scale_factor,
         Key::omega, Key::start_age, Key::description}) {
-    require(has(table.order, key), "a metadata key that every table has is missing");
+    proof.require(has(table.order, key), "a metadata key that every table has is missing");
   }
-  require(!table.attribute.empty() && !table.table_name.empty() && !table.description.empty(),
-          "a name or the description is empty");
+  proof.require(!table.attribute.empty() && !table.table_name.empty() && !table.description.empty(),
+                "a name or the description is empty");
   const bool generational = table.formula.has_value();
   const bool odd = table.deviations.base_year_none_and_no_mi_scale_factor;
-  require(!(odd && generational), "a generational table without base year");
-  require(table.base_year.has_value() == generational,
-          "a base year without improvement rates, or improvement rates without a base year");
-  require(has(table.order, Key::base_year) == (generational || odd),
-          "the key order and the table disagree on base_year");
-  require(has(table.order, Key::mi_scale_factor) != odd,
-          "the key order and the table disagree on mi_scale_factor");
-  require(has(table.order, Key::generational_formula_type) == generational,
-          "the key order and the table disagree on generational_formula_type");
-  require(has(table.order, Key::select) == table.select_period.has_value() &&
-              has(table.order, Key::select_period) == table.select_period.has_value(),
-          "the key order and the table disagree on select and select_period");
-  require(has(table.order, Key::sex_independent) == table.sex_independent,
-          "the key order and the table disagree on sex_independent");
-  require(0 <= table.start_age && table.start_age < table.omega,
-          "start_age is not an age below omega");
+  proof.require(!(odd && generational), "a generational table without base year");
+  proof.require(table.base_year.has_value() == generational,
+                "a base year without improvement rates, or improvement rates without a base year");
+  proof.require(has(table.order, Key::base_year) == (generational || odd),
+                "the key order and the table disagree on base_year");
+  proof.require(has(table.order, Key::mi_scale_factor) != odd,
+                "the key order and the table disagree on mi_scale_factor");
+  proof.require(has(table.order, Key::generational_formula_type) == generational,
+                "the key order and the table disagree on generational_formula_type");
+  proof.require(has(table.order, Key::select) == table.select_period.has_value() &&
+                    has(table.order, Key::select_period) == table.select_period.has_value(),
+                "the key order and the table disagree on select and select_period");
+  proof.require(has(table.order, Key::sex_independent) == table.sex_independent,
+                "the key order and the table disagree on sex_independent");
+  proof.require(0 <= table.start_age && table.start_age < table.omega,
+                "start_age is not an age below omega");
 }
 
-constexpr void prove(const Payload &table) {
-  prove_metadata(table);
-  require(table.data.empty() == table.data_source.has_value(),
-          "a table has columns of its own or takes its data from elsewhere, not both");
+constexpr void prove(Proof &proof, const Payload &table) {
+  prove_metadata(proof, table);
+  proof.require(table.data.empty() == table.data_source.has_value(),
+                "a table has columns of its own or takes its data from elsewhere, not both");
   if (!table.data_source) {
-    prove_columns(table);
+    prove_columns(proof, table);
   }
 }
 
 // As the decrement column that it is in tables.
-constexpr void prove(const BaseVector &vector) {
-  prove_decrement_rates({.attribute = vector.name,
+constexpr void prove(Proof &proof, const BaseVector &vector) {
+  prove_decrement_rates(proof,
+                        {.attribute = vector.name,
                          .table_type = vector.table_type,
                          .omega = vector.omega,
                          .start_age = vector.start_age},
                         Place{vector.name}, values_of(vector.rates));
 }
 
-} // namespace invariants
-
-consteval bool proved(const Payload &table) {
-  invariants::prove(table);
-  return true;
-}
-consteval bool proved(const BaseVector &vector) {
-  invariants::prove(vector);
-  return true;
-}
-
-} // namespace marlune::tables
+} // namespace marlune::tables::invariants

@@ -146,6 +146,6 @@ inline constexpr Payload AM92_AF92{
                                      {1, literal(AM92_AF92_qx_f_1_completed)},
                                      {Label::ult(), literal(AM92_AF92_qx_f_ult)}})},
 };
-static_assert(proved(AM92_AF92));
+static_assert(proved<AM92_AF92>());
 
 } // namespace marlune::tables::published

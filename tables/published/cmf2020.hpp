@@ -589,7 +589,7 @@ inline constexpr Payload CB_H_2020{
         "cohort + age).",
     .data = {flat("qx_m", literal(CB_H_2020_qx_m)), CMF2020_mi_m},
 };
-static_assert(proved(CB_H_2020));
+static_assert(proved<CB_H_2020>());
 
 // clang-format off
 // Males: disability pensioners and disabled survivors.
@@ -628,7 +628,7 @@ inline constexpr Payload MI_H_2020{
         "projection.",
     .data = {flat("qx_m", literal(MI_H_2020_qx_m)), CMF2020_mi_m},
 };
-static_assert(proved(MI_H_2020));
+static_assert(proved<MI_H_2020>());
 
 // clang-format off
 // Females: old-age pensioners, from age 20.
@@ -665,7 +665,7 @@ inline constexpr Payload RV_M_2020{
         "valuations with cohort projection.",
     .data = {flat("qx_f", literal(RV_M_2020_qx_f)), CMF2020_mi_f(20)},
 };
-static_assert(proved(RV_M_2020));
+static_assert(proved<RV_M_2020>());
 
 // clang-format off
 // Females: non-disabled survivors.
@@ -703,7 +703,7 @@ inline constexpr Payload B_M_2020{
         "Typical uses: Chilean group life-insurance reserving and pricing with cohort projection.",
     .data = {flat("qx_f", literal(B_M_2020_qx_f)), CMF2020_mi_f(0)},
 };
-static_assert(proved(B_M_2020));
+static_assert(proved<B_M_2020>());
 
 // clang-format off
 // Females: disability pensioners and disabled survivors.
@@ -742,6 +742,6 @@ inline constexpr Payload MI_M_2020{
         "projection.",
     .data = {flat("qx_f", literal(MI_M_2020_qx_f)), CMF2020_mi_f(0)},
 };
-static_assert(proved(MI_M_2020));
+static_assert(proved<MI_M_2020>());
 
 } // namespace marlune::tables::published

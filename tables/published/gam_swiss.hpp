@@ -82,7 +82,7 @@ inline constexpr Payload GAM71{
     .data = {flat("qx_m", literal(GAM71_qx_m)), flat("qx_f", literal(GAM71_qx_f))},
     .deviations = {.last_decrement = 0.999999, .base_year_none_and_no_mi_scale_factor = true},
 };
-static_assert(proved(GAM71));
+static_assert(proved<GAM71>());
 
 // clang-format off
 // Males, decimal.
@@ -133,7 +133,7 @@ inline constexpr Payload GAM83{
     .data = {flat("qx_m", literal(GAM83_qx_m)), flat("qx_f", literal(GAM83_qx_f))},
     .deviations = {.base_year_none_and_no_mi_scale_factor = true},
 };
-static_assert(proved(GAM83));
+static_assert(proved<GAM83>());
 
 // clang-format off
 // Males: rates, decimal. Age 104: a second source has 0.387885.
@@ -224,7 +224,7 @@ inline constexpr Payload GAM94_AA{
     .data = {flat("qx_m", literal(GAM94_AA_qx_m)), flat("mi_m", literal(GAM94_AA_mi_m)),
              flat("qx_f", literal(GAM94_AA_qx_f)), flat("mi_f", literal(GAM94_AA_mi_f))},
 };
-static_assert(proved(GAM94_AA));
+static_assert(proved<GAM94_AA>());
 
 // ---- Switzerland, decimal ----
 
@@ -275,7 +275,7 @@ inline constexpr Payload GRMF80{
     .data = {flat("qx_m", literal(GRMF80_qx_m)), flat("qx_f", literal(GRMF80_qx_f))},
     .deviations = {.last_decrement = 1},
 };
-static_assert(proved(GRMF80));
+static_assert(proved<GRMF80>());
 
 // clang-format off
 // Gruppen Renten 1995. Males, decimal.
@@ -325,7 +325,7 @@ inline constexpr Payload GRMF95{
         "decimal qx.",
     .data = {flat("qx_m", literal(GRMF95_qx_m)), flat("qx_f", literal(GRMF95_qx_f))},
 };
-static_assert(proved(GRMF95));
+static_assert(proved<GRMF95>());
 
 // clang-format off
 // Gruppen Kapital 1980. Males, decimal. The last entry is an integer.
@@ -373,7 +373,7 @@ inline constexpr Payload GKMF80{
     .data = {flat("qx_m", literal(GKMF80_qx_m)), flat("qx_f", literal(GKMF80_qx_f))},
     .deviations = {.last_decrement = 1},
 };
-static_assert(proved(GKMF80));
+static_assert(proved<GKMF80>());
 
 // clang-format off
 // Gruppen Kapital 1995. Males, decimal. Published to age 120; 1.0 from there to 126 is padding.
@@ -425,6 +425,6 @@ inline constexpr Payload GKMF95{
     .data = {flat("qx_m", literal(GKMF95_qx_m)), flat("qx_f", literal(GKMF95_qx_f))},
     .deviations = {.male_certain_from = 120},
 };
-static_assert(proved(GKMF95));
+static_assert(proved<GKMF95>());
 
 } // namespace marlune::tables::published

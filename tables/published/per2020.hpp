@@ -138,7 +138,7 @@ inline constexpr Payload PER2020_Col_2o{
              flat("qx_m", literal(PER2020_Col_2o_qx_m)),
              flat("mi_m", literal(PER2020_Col_2o_mi_m))},
 };
-static_assert(proved(PER2020_Col_2o));
+static_assert(proved<PER2020_Col_2o>());
 
 // Collective business. First order, annex 2.1.
 
@@ -233,7 +233,7 @@ inline constexpr Payload PER2020_Col_1o{
              flat("qx_m", literal(PER2020_Col_1o_qx_m)),
              flat("mi_m", literal(PER2020_Col_1o_mi_m))},
 };
-static_assert(proved(PER2020_Col_1o));
+static_assert(proved<PER2020_Col_1o>());
 
 // Individual business. Second order, annex 1.1.
 
@@ -324,7 +324,7 @@ inline constexpr Payload PER2020_Ind_2o{
              flat("qx_m", literal(PER2020_Ind_2o_qx_m)),
              flat("mi_m", literal(PER2020_Ind_2o_mi_m))},
 };
-static_assert(proved(PER2020_Ind_2o));
+static_assert(proved<PER2020_Ind_2o>());
 
 // Individual business. First order, annex 2.1.
 
@@ -418,6 +418,6 @@ inline constexpr Payload PER2020_Ind_1o{
              flat("qx_m", literal(PER2020_Ind_1o_qx_m)),
              flat("mi_m", literal(PER2020_Ind_1o_mi_m))},
 };
-static_assert(proved(PER2020_Ind_1o));
+static_assert(proved<PER2020_Ind_1o>());
 
 } // namespace marlune::tables::published

@@ -89,7 +89,7 @@ inline constexpr Payload PASEM2020_Gen_2o{
     .data = {flat("qx_f", literal(PASEM2020_Gen_2o_qx_f)),
              flat("qx_m", literal(PASEM2020_Gen_2o_qx_m))},
 };
-static_assert(proved(PASEM2020_Gen_2o));
+static_assert(proved<PASEM2020_Gen_2o>());
 
 // Decesos (funeral), second order. Annex 1.3.
 
@@ -144,7 +144,7 @@ inline constexpr Payload PASEM2020_Dec_2o{
     .data = {flat("qx_f", literal(PASEM2020_Dec_2o_qx_f)),
              flat("qx_m", literal(PASEM2020_Dec_2o_qx_m))},
 };
-static_assert(proved(PASEM2020_Dec_2o));
+static_assert(proved<PASEM2020_Dec_2o>());
 
 // Related to other operations (such as mortgages), first order. Annex 2.2.
 
@@ -197,7 +197,7 @@ inline constexpr Payload PASEM2020_Rel_1o{
     .data = {flat("qx_f", literal(PASEM2020_Rel_1o_qx_f)),
              flat("qx_m", literal(PASEM2020_Rel_1o_qx_m))},
 };
-static_assert(proved(PASEM2020_Rel_1o));
+static_assert(proved<PASEM2020_Rel_1o>());
 
 // Not related, first order. Annex 2.3.
 
@@ -250,7 +250,7 @@ inline constexpr Payload PASEM2020_NoRel_1o{
     .data = {flat("qx_f", literal(PASEM2020_NoRel_1o_qx_f)),
              flat("qx_m", literal(PASEM2020_NoRel_1o_qx_m))},
 };
-static_assert(proved(PASEM2020_NoRel_1o));
+static_assert(proved<PASEM2020_NoRel_1o>());
 
 // Decesos (funeral), first order. Annex 2.4.
 
@@ -303,7 +303,7 @@ inline constexpr Payload PASEM2020_Dec_1o{
     .data = {flat("qx_f", literal(PASEM2020_Dec_1o_qx_f)),
              flat("qx_m", literal(PASEM2020_Dec_1o_qx_m))},
 };
-static_assert(proved(PASEM2020_Dec_1o));
+static_assert(proved<PASEM2020_Dec_1o>());
 
 // ---- PEAI2007, decimal ----
 
@@ -348,7 +348,7 @@ inline constexpr Payload PEAI2007_IAP_Ind{
     .data = {flat("ix_f", literal(PEAI2007_IAP_Ind_ix_f)),
              flat("ix_m", literal(PEAI2007_IAP_Ind_ix_m))},
 };
-static_assert(proved(PEAI2007_IAP_Ind));
+static_assert(proved<PEAI2007_IAP_Ind>());
 
 // Collective business. PEAIM/F-2007, IAP.
 
@@ -390,7 +390,7 @@ inline constexpr Payload PEAI2007_IAP_Col{
     .data = {flat("ix_f", literal(PEAI2007_IAP_Col_ix_f)),
              flat("ix_m", literal(PEAI2007_IAP_Col_ix_m))},
 };
-static_assert(proved(PEAI2007_IAP_Col));
+static_assert(proved<PEAI2007_IAP_Col>());
 
 // ---- PASEM2010, decimal ----
 
@@ -444,7 +444,7 @@ inline constexpr Payload PASEM2010{
         "de Pensiones (DGSFP) regulatory framework.",
     .data = {flat("qx_m", literal(PASEM2010_qx_m)), flat("qx_f", literal(PASEM2010_qx_f))},
 };
-static_assert(proved(PASEM2010));
+static_assert(proved<PASEM2010>());
 
 // ---- Social Security 1990, per mille, unisex ----
 //
@@ -497,7 +497,7 @@ inline constexpr Payload IASS90{
     .data = {flat("ix_m", literal(IASS90_ix_m))},
     .deviations = {.last_decrement = 0.0},
 };
-static_assert(proved(IASS90));
+static_assert(proved<IASS90>());
 
 inline constexpr Payload SS90TOT{
     .attribute = "SS90TOT",
@@ -513,7 +513,7 @@ inline constexpr Payload SS90TOT{
     .data = {flat("ix_m", literal(SS90TOT_ix_m))},
     .deviations = {.last_decrement = 0.0},
 };
-static_assert(proved(SS90TOT));
+static_assert(proved<SS90TOT>());
 
 // The very rates of IASS90, in a list of its own.
 inline constexpr Payload SS90ABS{
@@ -531,6 +531,6 @@ inline constexpr Payload SS90ABS{
     .data = {flat("ix_m", literal(IASS90_ix_m))},
     .deviations = {.last_decrement = 0.0},
 };
-static_assert(proved(SS90ABS));
+static_assert(proved<SS90ABS>());
 
 } // namespace marlune::tables::published

@@ -35,35 +35,35 @@ inline constexpr Payload DummyLIFE_LinearGen = generational(
     "Dummy generational life table with linear improvement. Synthetic data, not suitable for "
     "production. For testing purposes only.",
     proportional(qx_life, 0.0015));
-static_assert(proved(DummyLIFE_LinearGen));
+static_assert(proved<DummyLIFE_LinearGen>());
 
 inline constexpr Payload DummyLIFE_DiscreteGen = generational(
     "DummyLIFE_DiscreteGen", life, Formula::discrete, 2010,
     "Dummy generational life table with discrete improvement. Synthetic data, not suitable for "
     "production. For testing purposes only.",
     step_at(life, 80, 0.005, 0.002));
-static_assert(proved(DummyLIFE_DiscreteGen));
+static_assert(proved<DummyLIFE_DiscreteGen>());
 
 inline constexpr Payload DummyLIFE_ProjectedGen = generational(
     "DummyLIFE_ProjectedGen", life, Formula::projected, 2020,
     "Dummy generational life table with projected improvement (period projection). Synthetic "
     "data, not suitable for production. For testing purposes only.",
     projected_m(life), projected_f(life));
-static_assert(proved(DummyLIFE_ProjectedGen));
+static_assert(proved<DummyLIFE_ProjectedGen>());
 
 inline constexpr Payload DummySD_LinearGen = generational(
     "DummySD_LinearGen", disability, Formula::linear, 2010,
     "Dummy generational disability table with linear improvement (ages 20-65). Synthetic data, "
     "not suitable for production. For testing purposes only.",
     step_at(disability, 55, 0.0, 1e-05));
-static_assert(proved(DummySD_LinearGen));
+static_assert(proved<DummySD_LinearGen>());
 
 inline constexpr Payload DummySD_DiscreteGen = generational(
     "DummySD_DiscreteGen", disability, Formula::discrete, 2010,
     "Dummy generational disability table with discrete improvement (ages 20-65). Synthetic data, "
     "not suitable for production. For testing purposes only.",
     step_at(disability, 55, 0.005, 0.002));
-static_assert(proved(DummySD_DiscreteGen));
+static_assert(proved<DummySD_DiscreteGen>());
 
 inline constexpr Payload DummySD_ProjectedGen = generational(
     "DummySD_ProjectedGen", disability, Formula::projected, 2020,
@@ -73,28 +73,28 @@ inline constexpr Payload DummySD_ProjectedGen = generational(
                    {{2021, 0.01}, {2022, 0.01}, {2023, 0.009}, {2024, 0.008}, {2025, 0.007}}),
     constant_years("mi_f", disability,
                    {{2021, 0.008}, {2022, 0.008}, {2023, 0.007}, {2024, 0.006}, {2025, 0.006}}));
-static_assert(proved(DummySD_ProjectedGen));
+static_assert(proved<DummySD_ProjectedGen>());
 
 inline constexpr Payload DummyEXIT_LinearGen = generational(
     "DummyEXIT_LinearGen", exit, Formula::linear, 2010,
     "Dummy generational exit table with linear improvement. Synthetic data, not suitable for "
     "production. For testing purposes only.",
     step_at(exit, 80, 0.0, 0.0001));
-static_assert(proved(DummyEXIT_LinearGen));
+static_assert(proved<DummyEXIT_LinearGen>());
 
 inline constexpr Payload DummyEXIT_DiscreteGen = generational(
     "DummyEXIT_DiscreteGen", exit, Formula::discrete, 2010,
     "Dummy generational exit table with discrete improvement. Synthetic data, not suitable for "
     "production. For testing purposes only.",
     step_at(exit, 80, 0.005, 0.002));
-static_assert(proved(DummyEXIT_DiscreteGen));
+static_assert(proved<DummyEXIT_DiscreteGen>());
 
 inline constexpr Payload DummyEXIT_ProjectedGen = generational(
     "DummyEXIT_ProjectedGen", exit, Formula::projected, 2020,
     "Dummy generational exit table with projected improvement (period projection). Synthetic "
     "data, not suitable for production. For testing purposes only.",
     projected_m(exit), projected_f(exit));
-static_assert(proved(DummyEXIT_ProjectedGen));
+static_assert(proved<DummyEXIT_ProjectedGen>());
 
 inline constexpr Payload DummySD_Gen2o = generational(
     "DummySD_Gen2o", disability, Formula::exponential, 2004,
@@ -102,7 +102,7 @@ inline constexpr Payload DummySD_Gen2o = generational(
     "20-65). MI grid spans 2004-2024 with a linear decrease from 0.005 to 0.002. Synthetic data, "
     "not suitable for production. For testing purposes only.",
     falling_years("mi_m", disability), falling_years("mi_f", disability));
-static_assert(proved(DummySD_Gen2o));
+static_assert(proved<DummySD_Gen2o>());
 
 inline constexpr Payload DummyEXIT_Gen2o = generational(
     "DummyEXIT_Gen2o", exit, Formula::exponential, 2004,
@@ -110,6 +110,6 @@ inline constexpr Payload DummyEXIT_Gen2o = generational(
     "0-100). MI grid spans 2004-2024 with a linear decrease from 0.005 to 0.002. Synthetic data, "
     "not suitable for production. For testing purposes only.",
     falling_years("mi_m", exit), falling_years("mi_f", exit));
-static_assert(proved(DummyEXIT_Gen2o));
+static_assert(proved<DummyEXIT_Gen2o>());
 
 } // namespace marlune::tables::synthetic

@@ -28,7 +28,7 @@ inline constexpr Payload DummySD_SelectGen_a = select_generational(
     "improvement (select_period=2, ages 20-65). MI applied uniformly to all select durations. "
     "Synthetic data, not suitable for production. For testing purposes only.",
     flat("mi_m", constant(disability, 0.005)), flat("mi_f", constant(disability, 0.005)));
-static_assert(proved(DummySD_SelectGen_a));
+static_assert(proved<DummySD_SelectGen_a>());
 
 inline constexpr Payload DummyEXIT_SelectGen_a = select_generational(
     "DummyEXIT_SelectGen_a", exit, Formula::exponential, 2010,
@@ -36,7 +36,7 @@ inline constexpr Payload DummyEXIT_SelectGen_a = select_generational(
     "(select_period=2, ages 0-100). MI applied uniformly to all select durations. Synthetic "
     "data, not suitable for production. For testing purposes only.",
     flat("mi_m", constant(exit, 0.005)), flat("mi_f", constant(exit, 0.005)));
-static_assert(proved(DummyEXIT_SelectGen_a));
+static_assert(proved<DummyEXIT_SelectGen_a>());
 
 inline constexpr Payload DummySD_SelectGen_b = select_generational(
     "DummySD_SelectGen_b", disability, Formula::exponential, 2004,
@@ -44,7 +44,7 @@ inline constexpr Payload DummySD_SelectGen_b = select_generational(
     "improvement (select_period=2, ages 20-65). Year-indexed MI applied uniformly to all select "
     "durations. Synthetic data, not suitable for production. For testing purposes only.",
     falling_years("mi_m", disability), falling_years("mi_f", disability));
-static_assert(proved(DummySD_SelectGen_b));
+static_assert(proved<DummySD_SelectGen_b>());
 
 inline constexpr Payload DummyEXIT_SelectGen_b = select_generational(
     "DummyEXIT_SelectGen_b", exit, Formula::exponential, 2004,
@@ -52,7 +52,7 @@ inline constexpr Payload DummyEXIT_SelectGen_b = select_generational(
     "improvement (select_period=2, ages 0-100). Year-indexed MI applied uniformly to all select "
     "durations. Synthetic data, not suitable for production. For testing purposes only.",
     falling_years("mi_m", exit), falling_years("mi_f", exit));
-static_assert(proved(DummyEXIT_SelectGen_b));
+static_assert(proved<DummyEXIT_SelectGen_b>());
 
 // The disability table has the rates of the two others here, unlike DummySD_ProjectedGen.
 inline constexpr Payload DummyLIFE_SelectGen_c = select_generational(
@@ -62,7 +62,7 @@ inline constexpr Payload DummyLIFE_SelectGen_c = select_generational(
     "projected_improvement formula. Synthetic data, not suitable for production. For testing "
     "purposes only.",
     projected_m(life), projected_f(life));
-static_assert(proved(DummyLIFE_SelectGen_c));
+static_assert(proved<DummyLIFE_SelectGen_c>());
 
 inline constexpr Payload DummySD_SelectGen_c = select_generational(
     "DummySD_SelectGen_c", disability, Formula::projected, 2020,
@@ -71,7 +71,7 @@ inline constexpr Payload DummySD_SelectGen_c = select_generational(
     "durations via projected_improvement formula. Synthetic data, not suitable for production. "
     "For testing purposes only.",
     projected_m(disability), projected_f(disability));
-static_assert(proved(DummySD_SelectGen_c));
+static_assert(proved<DummySD_SelectGen_c>());
 
 inline constexpr Payload DummyEXIT_SelectGen_c = select_generational(
     "DummyEXIT_SelectGen_c", exit, Formula::projected, 2020,
@@ -80,7 +80,7 @@ inline constexpr Payload DummyEXIT_SelectGen_c = select_generational(
     "projected_improvement formula. Synthetic data, not suitable for production. For testing "
     "purposes only.",
     projected_m(exit), projected_f(exit));
-static_assert(proved(DummyEXIT_SelectGen_c));
+static_assert(proved<DummyEXIT_SelectGen_c>());
 
 inline constexpr Payload DummyLIFE_SelectGen_d = select_generational(
     "DummyLIFE_SelectGen_d", life, Formula::exponential, 2010,
@@ -90,7 +90,7 @@ inline constexpr Payload DummyLIFE_SelectGen_d = select_generational(
     "suitable for production. For testing purposes only.",
     constant_durations("mi_m", life, 0.008, 0.006, 0.004),
     constant_durations("mi_f", life, 0.007, 0.005, 0.003));
-static_assert(proved(DummyLIFE_SelectGen_d));
+static_assert(proved<DummyLIFE_SelectGen_d>());
 
 inline constexpr Payload DummySD_SelectGen_d = select_generational(
     "DummySD_SelectGen_d", disability, Formula::exponential, 2010,
@@ -100,7 +100,7 @@ inline constexpr Payload DummySD_SelectGen_d = select_generational(
     "not suitable for production. For testing purposes only.",
     constant_durations("mi_m", disability, 0.008, 0.006, 0.004),
     constant_durations("mi_f", disability, 0.007, 0.005, 0.003));
-static_assert(proved(DummySD_SelectGen_d));
+static_assert(proved<DummySD_SelectGen_d>());
 
 inline constexpr Payload DummyEXIT_SelectGen_d = select_generational(
     "DummyEXIT_SelectGen_d", exit, Formula::exponential, 2010,
@@ -110,6 +110,6 @@ inline constexpr Payload DummyEXIT_SelectGen_d = select_generational(
     "suitable for production. For testing purposes only.",
     constant_durations("mi_m", exit, 0.008, 0.006, 0.004),
     constant_durations("mi_f", exit, 0.007, 0.005, 0.003));
-static_assert(proved(DummyEXIT_SelectGen_d));
+static_assert(proved<DummyEXIT_SelectGen_d>());
 
 } // namespace marlune::tables::synthetic

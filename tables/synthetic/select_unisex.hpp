@@ -29,36 +29,36 @@ inline constexpr Payload DummyLIFE_Select = select_ultimate(
     "DummyLIFE_Select", life,
     "Dummy select-ultimate life table (select_period=2, 1-based durations). Synthetic data, not "
     "suitable for production. For testing purposes only.");
-static_assert(proved(DummyLIFE_Select));
+static_assert(proved<DummyLIFE_Select>());
 
 inline constexpr Payload DummyLIFE_Unisex = unisex(
     "DummyLIFE_Unisex", life,
     "Dummy unisex life table (sex_independent=True: same rates for male and female). Synthetic "
     "data, not suitable for production. For testing purposes only.");
-static_assert(proved(DummyLIFE_Unisex));
+static_assert(proved<DummyLIFE_Unisex>());
 
 inline constexpr Payload DummySD_Select = select_ultimate(
     "DummySD_Select", disability,
     "Dummy select-ultimate disability table (select_period=2, ages 20-65). Synthetic data, not "
     "suitable for production. For testing purposes only.");
-static_assert(proved(DummySD_Select));
+static_assert(proved<DummySD_Select>());
 
 inline constexpr Payload DummySD_Unisex =
     unisex("DummySD_Unisex", disability,
            "Dummy unisex disability table (sex_independent=True; ages 20-65). Synthetic data, not "
            "suitable for production. For testing purposes only.");
-static_assert(proved(DummySD_Unisex));
+static_assert(proved<DummySD_Unisex>());
 
 inline constexpr Payload DummyEXIT_Select = select_ultimate(
     "DummyEXIT_Select", exit,
     "Dummy select-ultimate exit table (select_period=2, 1-based durations). Synthetic data, not "
     "suitable for production. For testing purposes only.");
-static_assert(proved(DummyEXIT_Select));
+static_assert(proved<DummyEXIT_Select>());
 
 inline constexpr Payload DummyEXIT_Unisex = unisex(
     "DummyEXIT_Unisex", exit,
     "Dummy unisex exit table (sex_independent=True: same rates for male and female). Synthetic "
     "data, not suitable for production. For testing purposes only.");
-static_assert(proved(DummyEXIT_Unisex));
+static_assert(proved<DummyEXIT_Unisex>());
 
 } // namespace marlune::tables::synthetic

@@ -34,7 +34,7 @@ inline constexpr Payload DummySD2015 = own_lists(
     "Table, Swiss Re 2015, valores aproximados). Usada únicamente para demostraciones y pruebas "
     "de sistemas actuariales.",
     {flat("ix_m", literal(disability_rates_m)), flat("ix_f", literal(disability_rates_f))});
-static_assert(proved(DummySD2015));
+static_assert(proved<DummySD2015>());
 
 // Forces of improvement: −ln(1 − 0.005) at ages 20 to 39, −ln(1 − 0.002) at 40 to 54, none from 55.
 inline constexpr Rates DummySD2015Gen_mi =
@@ -46,14 +46,14 @@ inline constexpr Payload DummySD2015Gen = own_lists_gen(
     "para pruebas y demostración.",
     {flat("ix_m", literal(disability_rates_m)), flat("ix_f", literal(disability_rates_f)),
      flat("mi_m", DummySD2015Gen_mi), flat("mi_f", DummySD2015Gen_mi)});
-static_assert(proved(DummySD2015Gen));
+static_assert(proved<DummySD2015Gen>());
 
 inline constexpr Payload DummyEXIT =
     own_lists("DummyEXIT", exit,
               "Dummy non-generational exit table (sexes m, f sin unisex) ages 0..100. Static exit "
               "probabilities, no generational improvements. For testing purposes.",
               {flat("ox_m", literal(decade_rates)), flat("ox_f", literal(decade_rates_f))});
-static_assert(proved(DummyEXIT));
+static_assert(proved<DummyEXIT>());
 
 // 0.005 to age 60, 0.002 from 61 to 80, none from 81.
 inline constexpr Rates DummyEXIT_Gen_mi = levels({{0.005, 61}, {0.002, 20}, {0.0, 20}});
@@ -64,7 +64,7 @@ inline constexpr Payload DummyEXIT_Gen = own_lists_gen(
     "(per2020_exponential) and clipping to [0,1] ensure no negative probabilities.",
     {flat("ox_m", literal(decade_rates)), flat("ox_f", literal(decade_rates_f)),
      flat("mi_m", DummyEXIT_Gen_mi), flat("mi_f", DummyEXIT_Gen_mi)});
-static_assert(proved(DummyEXIT_Gen));
+static_assert(proved<DummyEXIT_Gen>());
 
 // No mortality up to age 199: life contingencies reduce to financial mathematics.
 inline constexpr Decrement immortal{TableType::life, "qx_m", "qx_f", qx_life, qx_life, 0, 200};
@@ -75,7 +75,7 @@ inline constexpr Payload Dummy_qx0 = own_lists(
     "annuities equal financial annuities when mortality is zero. omega=200 ensures n<=119 never "
     "reaches omega.",
     {flat("qx_m", Dummy_qx0_qx), flat("qx_f", Dummy_qx0_qx)});
-static_assert(proved(Dummy_qx0));
+static_assert(proved<Dummy_qx0>());
 
 // One sex each; the female table carries the male rates, by design.
 inline constexpr Payload DummyLIFE_1Sm = own_lists(
@@ -83,13 +83,13 @@ inline constexpr Payload DummyLIFE_1Sm = own_lists(
     "Dummy non-generational life table (sex m) ages 0..100. Static life probabilities, no "
     "generational improvements. For testing purposes.",
     {flat("qx_m", literal(decade_rates))});
-static_assert(proved(DummyLIFE_1Sm));
+static_assert(proved<DummyLIFE_1Sm>());
 
 inline constexpr Payload DummyLIFE_1Sf = own_lists(
     "DummyLIFE_1Sf", life,
     "Dummy non-generational life table (sex f) ages 0..100. Static life probabilities, no "
     "generational improvements. For testing purposes.",
     {flat("qx_f", literal(decade_rates))});
-static_assert(proved(DummyLIFE_1Sf));
+static_assert(proved<DummyLIFE_1Sf>());
 
 } // namespace marlune::tables::synthetic
