@@ -1,25 +1,30 @@
 """Print the catalogue: a line for each table, then how a table is handed to a consumer."""
 
 import sys
+from collections.abc import Iterator
+from typing import Any
 
 from marlune.tables.data_tables import REPO_TABLES, PER2020_Ind_1o
 from tools import TOP
 from tools.markup import markdown, wrapped
-from tools.provenance import ProvenanceError, age_ranges, register, warnings_of
+from tools.provenance import Entry, ProvenanceError, age_ranges, register, warnings_of
 from tools.provenance_document import once, titled
+
+type Payload = dict[str, Any]
+type Column = Any  # a list, or lists by label
 
 DOCUMENT = TOP / "docs" / "catalogue.md"
 HEAD = ("name", "published name", "type", "ages", "base", "unit", "columns", "shape", "formula")
 
 
-def use_of(name):
+def use_of(name: str) -> str:
     """What the table is for, and what must not be missed."""
     use = register()["tables"][name]["use"]["text"]
     warning = warnings_of(name)
     return f"{use}; **{warning}**" if warning else use
 
 
-def shape_of(column):
+def shape_of(column: Column) -> str:
     if isinstance(column, list):
         return "flat"
     keys = list(column)
@@ -28,7 +33,7 @@ def shape_of(column):
     return f"years {keys[0]}-{keys[-1]} ({len(keys)})"
 
 
-def line(name, payload):
+def line(name: str, payload: Payload) -> tuple[str, ...]:
     columns = payload["data"]
     shapes = {shape_of(column): None for column in columns.values()}
     return (
@@ -44,7 +49,7 @@ def line(name, payload):
     )
 
 
-def print_catalogue():
+def print_catalogue() -> None:
     lines = [HEAD] + [line(name, payload) for name, payload in REPO_TABLES.items()]
     widths = [max(map(len, column)) for column in zip(*lines)]
     for row, name in zip(lines, [None, *REPO_TABLES]):
@@ -53,7 +58,7 @@ def print_catalogue():
         print("  ".join(cells + [f"WARNING: {warning}"] * bool(warning)).rstrip())
 
 
-def print_documented_use():
+def print_documented_use() -> None:
     payload = dict(PER2020_Ind_1o)
     data = payload.pop("data")
     print('\nThe documented use: copy the payload, take "data" out of the copy, pass on the rest.')
@@ -64,28 +69,28 @@ def print_documented_use():
     print(")")
 
 
-def completed_of(name):
+def completed_of(name: str) -> str:
     """The ages that a rule has filled, and the columns that have them."""
-    by_ages = {}
+    by_ages: dict[str, list[str]] = {}
     for column, entry in register()["tables"][name]["columns"].items():
         if entry["completed"]:
             by_ages.setdefault(age_ranges(entry["completed"]), []).append(f"`{column}`")
     return "; ".join(f"{', '.join(columns)} {ages}" for ages, columns in by_ages.items()) or "-"
 
 
-def grades_of(name):
+def grades_of(name: str) -> str:
     doubts = register()["tables"][name]["doubts"]
     return ", ".join(dict.fromkeys(doubt["grade"] for doubt in doubts)) or "-"
 
 
-def family_of(family):
+def family_of(family: Entry) -> list[str]:
     """A family: its country, its tables, and what holds of them, each text once."""
     names = family["tables"]
-    rows = [
+    rows: list[tuple[str, ...]] = [
         (each, use_of(each), grades_of(each), completed_of(each), REPO_TABLES[each]["table_name"])
         for each in names
     ]
-    head = ("name", "for", "doubts", "completed", "published name")
+    head: tuple[str, ...] = ("name", "for", "doubts", "completed", "published name")
     if not family["country"]:  # synthetic tables have no other name, and nothing to doubt
         head, rows = head[:2], [row[:2] for row in rows]
     items = [
@@ -98,7 +103,7 @@ def family_of(family):
     return [title] * bool(family["country"]) + [markdown(head, rows), "\n".join(items)]
 
 
-def tables_of_document():
+def tables_of_document() -> Iterator[tuple[str, str]]:
     """The lists of the document, by the name in the comment before each."""
     for kind in ("published", "synthetic"):
         families = [
@@ -111,7 +116,7 @@ def tables_of_document():
         yield f"{kind}: facts", markdown(("name", *HEAD[2:]), [(row[0], *row[2:]) for row in facts])
 
 
-def document_text():
+def document_text() -> str:
     """docs/catalogue.md, with its tables between the comments that name them."""
     written = DOCUMENT.read_text("utf-8")
     for name, table in tables_of_document():

@@ -5,6 +5,7 @@
 """
 
 import sys
+from collections.abc import Sequence
 from difflib import unified_diff
 
 from tools import catalogue, provenance, provenance_document, stub
@@ -17,10 +18,10 @@ WRITTEN = {
 }
 
 
-def main(options):
+def main(options: Sequence[str]) -> None:
     if set(options) - {"--write"}:
         sys.exit(__doc__)
-    differences = []
+    differences: list[str] = []
     for path, text in WRITTEN.items():
         try:
             wanted = text()
@@ -30,8 +31,9 @@ def main(options):
         if "--write" in options:
             path.write_text(wanted, "utf-8")
         elif found != wanted:
-            lines = (each.splitlines() for each in (found, wanted))
-            differences += unified_diff(*lines, path.name, "what it has to be", n=0, lineterm="")
+            was, is_now = found.splitlines(), wanted.splitlines()
+            named = path.name, "what it has to be"
+            differences += unified_diff(was, is_now, *named, n=0, lineterm="")
     differences += [
         f"{where}: changed since it was verified; see docs/verifying.md"
         for where in provenance.changed_since()

@@ -96,7 +96,7 @@ def read_family(path: Path) -> Entry:
             )
     for doubt in lists["doubts"]:
         expect(doubt["grade"] in GRADES, path.name, f"no such grade: {doubt['grade']}")
-    others = {"country": None, "grids": {}, "default": {}, "agreed": {}, "facts": {}}
+    others: Entry = {"country": None, "grids": {}, "default": {}, "agreed": {}, "facts": {}}
     return {"id": path.stem} | others | family | lists
 
 
@@ -154,7 +154,7 @@ def facts_of(name: str, key: str, lists: list[Rates]) -> Entry:
     """What the module knows of a column."""
     payload = REPO_TABLES[name]
     values = [repr(value) for rates in lists for value in rates]
-    decimals = [-Decimal(value).normalize().as_tuple().exponent for value in values]
+    decimals = [-int(Decimal(value).normalize().as_tuple().exponent) for value in values]
     printed = "".join(f"{value}\n" for value in values)
     # Improvement rates are decimal in every table.
     scale = 1 if key.lower().startswith("mi_") else payload["decrement_scale_factor"]
@@ -297,7 +297,9 @@ def register() -> Entry:
     documents = read_toml("documents.toml")
     for name, document in documents.items():
         expect_words("document", document, name)
-    read, tables, seen, used = families(), {}, {}, set()
+    read, used = families(), set()
+    tables: Entry = {}
+    seen: dict[tuple[int, ...], list[str]] = {}
     for family in read:
         columns = {
             name: dict(columns_described(family, name, seen, verified)) for name in family["tables"]

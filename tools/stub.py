@@ -1,10 +1,11 @@
 """The tables of marlune/tables/data_tables.pyi, below the line that says so."""
 
+from collections.abc import Iterable, Iterator
 from textwrap import fill
 
 from marlune.tables.data_tables import REPO_TABLES
 from tools import TOP
-from tools.catalogue import line, shape_of, use_of
+from tools.catalogue import Payload, line, shape_of, use_of
 
 STUB = TOP / "marlune" / "tables" / "data_tables.pyi"
 MARK = "# Everything below is written by `./dev python -m tools.documents --write`.\n"
@@ -12,7 +13,7 @@ SEXES = {"qx": "_QX", "ix": "_IX", "ox": "_OX", "mi": "_Mi", "MI": "_MI"}
 SHAPES = {"flat": "Rates", "durations": "SelectMapping", "years": "YearGrid"}
 
 
-def type_of(payload):
+def type_of(payload: Payload) -> str:
     """The exact type of a table: its kind, then the keys and the shape of its columns."""
     improvement = [key for key in payload["data"] if key.lower().startswith("mi_")]
     decrement = [key for key in payload["data"] if key not in improvement]
@@ -27,15 +28,15 @@ def type_of(payload):
     return f"{'Select' * ('select' in payload)}{kind}[Columns[{', '.join(arguments)}]]"
 
 
-def literal(names):
+def literal(names: Iterable[str]) -> str:
     return "Literal[" + ", ".join(f'"{name}"' for name in names) + "]"
 
 
-def wrapped(text, indent):
+def wrapped(text: str, indent: str) -> str:
     return fill(text, 100, initial_indent=indent, subsequent_indent=indent, break_on_hyphens=False)
 
 
-def hint(name, payload):
+def hint(name: str, payload: Payload) -> str:
     """What an editor shows for the attribute."""
     _, _, kind, ages, base, unit, *_, formula = line(name, payload)
     facts = [kind, f"ages {ages}", unit]
@@ -44,9 +45,9 @@ def hint(name, payload):
     return wrapped(f'"""{use_of(name)}; {", ".join(facts)}."""', "")
 
 
-def text():
+def text() -> Iterator[str]:
     """What follows the mark: the attributes, the names, the type of REPO_TABLES."""
-    by_type = {}
+    by_type: dict[str, list[str]] = {}
     for name, payload in REPO_TABLES.items():
         by_type.setdefault(type_of(payload), []).append(name)
         yield f"{name}: {type_of(payload)}\n{hint(name, payload)}"
@@ -60,6 +61,6 @@ def text():
     yield "    @overload\n    def __getitem__(self, name: TableName, /) -> TablePayload: ..."
 
 
-def stub_text():
+def stub_text() -> str:
     stub = STUB.read_text(encoding="utf-8")
     return stub[: stub.index(MARK) + len(MARK)] + "\n" + "\n".join(text()) + "\n"

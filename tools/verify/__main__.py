@@ -16,13 +16,16 @@ else: a document cannot be read, is none of those known, or lacks what it should
 """
 
 import hashlib
+import io
 import json
 import multiprocessing
 import resource
 import signal
 import sys
 from collections import Counter
+from collections.abc import Iterable, Iterator
 from pathlib import Path
+from typing import Any, cast
 
 from tools import provenance
 from tools.verify import (
@@ -38,9 +41,13 @@ from tools.verify import (
     spain_guide,
     spain_studies,
 )
-from tools.verify.compare import compare
+from tools.verify.compare import Cell, Compared, compare
 from tools.verify.formats import SUFFIXES, open_document, read_file
-from tools.verify.printed import UnreadableError
+from tools.verify.printed import Printed, UnreadableError
+
+# The digest of a file, the document that it is, what is printed in it.
+type Read = tuple[str, str, list[Printed]]
+type Answer = dict[str, Any]  # as the answer for machines has it
 
 READERS = (
     spain_boe, spain_dgsfp, spain_guide, spain_studies, germany_dav, society_of_actuaries, cmi,
@@ -51,7 +58,7 @@ SECONDS, MEMORY = 60, 2 << 30  # of processor time, and of memory, for one docum
 MALFORMED = (ArithmeticError, AttributeError, LookupError, TypeError, ValueError)
 
 
-def files_of(arguments):
+def files_of(arguments: Iterable[str]) -> Iterator[str | Path]:
     """The files that are named, and those of named folders that may be documents."""
     for argument in arguments:
         if not argument or not Path(argument).is_dir():
@@ -59,7 +66,7 @@ def files_of(arguments):
             continue
         inside = sorted(Path(argument).rglob("*"))
         # What cannot be a document is passed over, but for what would hide one.
-        documents = [
+        documents: list[str | Path] = [
             path
             for path in inside
             if path.suffix.lower() in SUFFIXES or not (path.is_file() or path.is_dir())
@@ -68,7 +75,7 @@ def files_of(arguments):
         yield from documents or [argument]
 
 
-def read(path):
+def read(path: str | Path) -> Read:
     """The digest of a file, the document that it is, and the columns that are printed in it."""
     if not str(path):
         raise UnreadableError("no name is given")
@@ -91,11 +98,11 @@ def read(path):
     raise UnreadableError("not a publication that values of the module were read from")
 
 
-def bounded_read(path):
+def bounded_read(path: str | Path) -> Read:
     """Reads in a process of its own, which ends where a publication's would long have ended."""
     receiver, sender = multiprocessing.Pipe(duplex=False)
 
-    def work():
+    def work() -> None:
         resource.setrlimit(resource.RLIMIT_CPU, (SECONDS, SECONDS))
         resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
         try:
@@ -114,14 +121,12 @@ def bounded_read(path):
         answer = None
     process.kill() if answer is None and process.is_alive() and process.exitcode is None else None
     process.join()
-    if answer is None:
-        raise UnreadableError(f"takes more than {SECONDS} s, or ends its reader")
-    if isinstance(answer, UnreadableError):
-        raise answer
+    if not isinstance(answer, tuple):
+        raise answer or UnreadableError(f"takes more than {SECONDS} s, or ends its reader")
     return answer
 
 
-def verify(path, facts, recording=False):
+def verify(path: str | Path, facts: record.Record, recording: bool = False) -> Answer:
     """What one file says, as the answer for machines has it."""
     try:
         digest, name, printed = bounded_read(path)
@@ -140,9 +145,12 @@ def verify(path, facts, recording=False):
     }
 
 
-def fewer_cells(document, printed, rows):
+def fewer_cells(
+    document: str, printed: list[Printed], rows: dict[tuple[str, str], str]
+) -> Iterator[str]:
     """Columns that are printed in other places, or at other ages, than when it was verified."""
-    found, recorded = Counter(), {}
+    found: Counter[tuple[str, bool]] = Counter()
+    recorded: dict[tuple[str, bool], int] = {}
     for column in printed:
         where = f"{column.table} {rows.get((column.table, column.column))}"
         found[where, column.computed] += len(column.figures)
@@ -155,7 +163,7 @@ def fewer_cells(document, printed, rows):
             yield f"{each[0]}: {found[each]} figures, where {recorded[each]} are on record"
 
 
-def line_of(compared, rows):
+def line_of(compared: Compared, rows: dict[tuple[str, str], str]) -> Answer:
     """A compared column, as the answer for machines has it."""
     printed = compared.printed
     return {
@@ -172,7 +180,7 @@ def line_of(compared, rows):
     }
 
 
-def shown(cells):
+def shown(cells: list[Cell]) -> list[Answer]:
     return [
         {
             "age": age,
@@ -183,28 +191,28 @@ def shown(cells):
     ]
 
 
-def summed(columns):
+def summed(columns: list[Answer]) -> Answer:
     """Cells, equal ones, declared ones by reason, of several columns."""
-    sums = {name: sum(column[name] for column in columns) for name in ("cells", "equal")}
+    sums: Answer = {name: sum(column[name] for column in columns) for name in ("cells", "equal")}
     for name in ("declared", "not_printed"):
-        counts = Counter()
+        counts: Counter[str] = Counter()
         for column in columns:
             counts.update({reason: len(cells) for reason, cells in column[name].items()})
         sums[name] = dict(counts)
     return sums | {"undeclared": sum(len(column["differences"]) for column in columns)}
 
 
-def grouped(columns, *by):
-    groups = {}
+def grouped(columns: list[Answer], *by: str) -> Iterable[tuple[tuple[Any, ...], list[Answer]]]:
+    groups: dict[tuple[Any, ...], list[Answer]] = {}
     for column in columns:
         groups.setdefault(tuple(column[name] for name in by), []).append(column)
     return groups.items()
 
 
-def verified_of(answers):
+def verified_of(answers: list[Answer]) -> provenance.Verified:
     """What provenance tells of every column: an entry for each document, what it prints and what
     follows from that apart."""
-    verified = {}
+    verified: provenance.Verified = {}
     on_record = (answer for answer in answers if answer.get("on_record"))
     for answer in sorted(on_record, key=lambda answer: answer["document"]):
         for (table, row, computed), columns in grouped(
@@ -225,13 +233,13 @@ def verified_of(answers):
 # ---- what a person reads ----
 
 
-def plain(text):
+def plain(text: str) -> str:
     """A name or a text of a document, with what a terminal would obey or not show escaped."""
     shown = (c if c.isprintable() else c.encode("unicode_escape").decode() for c in text)
     return "".join(shown)
 
 
-def tell(answer, all_cells):
+def tell(answer: Answer, all_cells: bool) -> Iterator[str]:
     """The lines about one document."""
     if "unreadable" in answer:
         yield f"{plain(answer['file'])}: {plain(answer['unreadable'])}"
@@ -253,14 +261,14 @@ def tell(answer, all_cells):
         yield f"  WRONG {problem}"
 
 
-def tell_cells(word, column, cells, why=""):
+def tell_cells(word: str, column: Answer, cells: list[Answer], why: str = "") -> Iterator[str]:
     for cell in cells:
         where = f"{column['table']} {column['column']} age {cell['age']}"
         printed, held = cell["printed"] or "nothing", cell["held"] or "nothing"
         yield f"    {word} {where}: printed {printed}, held {held}{why}"
 
 
-def tell_totals(totals):
+def tell_totals(totals: Answer) -> Iterator[str]:
     for kind, what in (("printed", "figures"), ("computed", "rates computed from figures")):
         sums = totals[kind]
         yield (
@@ -271,7 +279,7 @@ def tell_totals(totals):
             yield from (f"  {word}: {count} {why}" for why, count in sums[name].items())
 
 
-def write(table, paths):
+def write(table: str, paths: Iterable[str | Path]) -> None:
     """Prints the pages of a table; the sources are for people to change."""
     printed = [
         column for path in paths for column in bounded_read(path)[2] if column.table == table
@@ -283,7 +291,7 @@ def write(table, paths):
         print(*lines, sep="\n")
 
 
-def settle(options, facts, answers, well):
+def settle(options: set[str], facts: record.Record, answers: list[Answer], well: bool) -> list[str]:
     """What is wrong with all documents together; records the result, or compares it."""
     problems = [] if answers else ["no document is named"]
     if not options & {"--all", "--record"}:
@@ -295,15 +303,15 @@ def settle(options, facts, answers, well):
         return problems
     verified = verified_of(answers)
     if "--record" in options:
-        verified = {provenance.DECLARED: provenance.declared_digest()} | verified
-        lines = (f"{json.dumps(column)}: {json.dumps(of)}" for column, of in verified.items())
+        told = {provenance.DECLARED: provenance.declared_digest(), **verified}
+        lines = (f"{json.dumps(column)}: {json.dumps(of)}" for column, of in told.items())
         provenance.VERIFIED.write_text("{\n" + ",\n".join(lines) + "\n}\n", encoding="utf-8")
     elif verified != provenance.last_verified():
         problems.append("provenance tells another result of the last verification: --record")
     return problems
 
 
-def main(arguments):
+def main(arguments: list[str]) -> int:
     if arguments[:1] == ["--write"] and len(arguments) > 2:
         try:
             write(arguments[1], files_of(arguments[2:]))
@@ -322,11 +330,11 @@ def main(arguments):
     except (provenance.ProvenanceError, *MALFORMED) as error:
         print(f"provenance/ is damaged: {plain(str(error))}", file=sys.stderr)
         return 2
-    answers = {}  # a file that is named twice counts once
+    by_file: dict[Any, Answer] = {}  # a file that is named twice counts once
     for answer in (verify(path, facts, "--record" in options) for path in files_of(paths)):
         key = answer["file"] if "unreadable" in answer else (answer["sha256"], answer["document"])
-        answers.setdefault(key, answer)
-    answers = list(answers.values())
+        by_file.setdefault(key, answer)
+    answers = list(by_file.values())
     columns = [column for answer in answers for column in answer.get("columns", [])]
     totals = {
         "printed": summed([column for column in columns if not column["computed"]]),
@@ -353,5 +361,5 @@ def main(arguments):
 
 if __name__ == "__main__":
     signal.signal(signal.SIGPIPE, signal.SIG_DFL)  # whoever reads may stop
-    sys.stdout.reconfigure(errors="backslashreplace")
+    cast(io.TextIOWrapper, sys.stdout).reconfigure(errors="backslashreplace")
     sys.exit(main(sys.argv[1:]))

@@ -1,7 +1,10 @@
 """The Chilean supervisor's workbook: in each sheet the TM-2020 table stands right of older ones."""
 
+from collections.abc import Iterator
+from typing import Any
+
 from tools.verify.formats import expect_heads, read_columns
-from tools.verify.printed import Printed
+from tools.verify.printed import Printed, Sheets
 
 NAME = "articles-20210_tablas_mort_hist.xlsx"
 # Of each sheet: the cell at which the table begins, and its title there.
@@ -17,11 +20,11 @@ YEARS = [str(year) for year in range(2021, 2036)] + ["2036*"]
 HEADS = ["Edad", "qx 2020", "Factores de mejoramiento AAx,t"], ["", "", *YEARS]
 
 
-def identify(form, content, _file_name):
+def identify(form: str, content: Any, _file_name: str) -> str | None:
     return NAME if form == "workbook" and SHEETS.keys() & content.keys() else None
 
 
-def read(_name, sheets):
+def read(_name: str, sheets: Sheets) -> Iterator[Printed]:
     for sheet in filter(SHEETS.get, sheets):
         cell, title = SHEETS[sheet]
         expect_heads(sheets, sheet, 0, cell, [[title], *HEADS])

@@ -1,7 +1,10 @@
 """The CMI's own workbook of the 92 Series: sheets AM92 and AF92."""
 
+from collections.abc import Iterator
+from typing import Any
+
 from tools.verify.formats import expect_heads, read_columns
-from tools.verify.printed import Printed
+from tools.verify.printed import Printed, Sheets
 
 NAME = "92series.xls"
 SHEETS = {"AM92": ("qx_m", "males"), "AF92": ("qx_f", "females")}
@@ -9,11 +12,11 @@ TITLE = "Permanent Assurances, {}, combined - {} two years select: values of q[x
 HEAD = ["Age x", "Duration 0", "Duration 1", "Durations 2+"]
 
 
-def identify(form, content, _file_name):
+def identify(form: str, content: Any, _file_name: str) -> str | None:
     return NAME if form == "workbook" and SHEETS.keys() <= content.keys() else None
 
 
-def read(_name, sheets):
+def read(_name: str, sheets: Sheets) -> Iterator[Printed]:
     for sheet, (column, sex) in SHEETS.items():
         expect_heads(sheets, sheet, 0, 0, [[TITLE.format(sex, sheet)]])
         expect_heads(sheets, sheet, 2, 0, [HEAD])

@@ -1,26 +1,34 @@
 """Compares what a document prints with what the module holds, cell by cell, as decimals."""
 
 import math
+from collections.abc import Iterable, Iterator
 from dataclasses import dataclass, field, replace
 from decimal import ROUND_HALF_UP, Decimal
 
 from marlune.tables.data_tables import REPO_TABLES
-from tools.verify.printed import DOUBLE
+from tools.verify.printed import DOUBLE, Printed
+from tools.verify.record import Declared, Record
+
+# The age, what is printed, what is held.
+type Cell = tuple[int, Decimal | None, Decimal | None]
+type Figures = dict[int, Decimal]
+# The columns, by the id of their object, and the ages that a declaration has been met in.
+type Met = dict[int, set[tuple[int, int]]]
 
 
 @dataclass
 class Compared:
     """A printed column beside the held one."""
 
-    printed: object
+    printed: Printed
     equal: int = 0
-    # Cells as age, printed figure, held rate; those of declared differences by reason.
-    declared: dict[str, list[tuple]] = field(default_factory=dict)
-    not_printed: dict[str, list[tuple]] = field(default_factory=dict)
-    differences: list[tuple] = field(default_factory=list)
+    # Those of declared differences by reason.
+    declared: dict[str, list[Cell]] = field(default_factory=dict)
+    not_printed: dict[str, list[Cell]] = field(default_factory=dict)
+    differences: list[Cell] = field(default_factory=list)
 
 
-def held_columns():
+def held_columns() -> dict[tuple[str, str], Figures]:
     """Every list of the module by table and column, its values by age."""
     columns = {}
     for table, payload in REPO_TABLES.items():
@@ -37,10 +45,13 @@ def held_columns():
 HELD = held_columns()
 
 
-def compare(record, document, printed_columns):
+def compare(
+    record: Record, document: str, printed_columns: Iterable[Printed]
+) -> tuple[list[Compared], list[str]]:
     """What was compared, and what is wrong with the document as a whole, a line for each."""
-    compared, problems = [], []
-    met = {id(declared): set() for declared in record.declared}
+    compared: list[Compared] = []
+    problems: list[str] = []
+    met: Met = {id(declared): set() for declared in record.declared}
     printed_columns = [column for column in printed_columns if column.figures]
     for printed in printed_columns:
         if (printed.table, printed.column) not in HELD:
@@ -53,24 +64,25 @@ def compare(record, document, printed_columns):
     return compared, problems
 
 
-def worked_out(printed):
+def worked_out(printed: Printed, worked: tuple[str, str, int]) -> Figures:
     """What an example of a document has to be: years of improvement, their factor, the rate."""
-    what, kind, year = printed.worked
+    what, kind, year = worked
     rates, improvement = (HELD[printed.table, key + printed.column[2:]] for key in ("qx", "mi"))
-    worked = {}
+    found = {}
     for age in printed.figures:
         years = year - 2012 + (age if kind == "born" else 0)
         factor = Decimal(repr(math.exp(-float(improvement[age]) * years)))
-        worked[age] = {
+        found[age] = {
             "years": Decimal(years),
             "factor": factor,
             "rate": rates[age] * factor / 1000,
         }
-    return {age: each[what] for age, each in worked.items()}
+    return {age: each[what] for age, each in found.items()}
 
 
-def compare_column(printed, applying, met):
-    held = worked_out(printed) if printed.worked else HELD[printed.table, printed.column]
+def compare_column(printed: Printed, applying: list[Declared], met: Met) -> Compared:
+    worked = printed.worked
+    held = worked_out(printed, worked) if worked else HELD[printed.table, printed.column]
     result = Compared(printed)
     if printed.decimals is not None:
         step = Decimal((0, (1,), -printed.decimals))
@@ -92,14 +104,16 @@ def compare_column(printed, applying, met):
     return result
 
 
-def agrees(printed, figure, rate):
+def agrees(printed: Printed, figure: Decimal, rate: Decimal) -> bool:
     # The module computes in doubles, the reader exactly; a product has fewer digits than a double.
     return figure == (DOUBLE.plus(rate) if printed.computed else rate)
 
 
-def explains(declared, age, figure, rate, held):
+def explains(
+    declared: Declared, age: int, figure: Decimal | None, rate: Decimal | None, held: Figures
+) -> bool:
     if declared.kind == "rounded":
-        if figure is None or rate is None or figure.as_tuple().exponent != -declared.decimals:
+        if figure is None or rate is None or -int(figure.as_tuple().exponent) != declared.decimals:
             return False
         return figure == rate.quantize(figure, ROUND_HALF_UP)
     if age not in declared.cells:
@@ -113,7 +127,7 @@ def explains(declared, age, figure, rate, held):
             return figure is None
 
 
-def missing_columns(record, document, compared):
+def missing_columns(record: Record, document: str, compared: list[Compared]) -> Iterator[str]:
     """Where provenance and the document do not agree about what the document holds."""
     read = {(column.printed.table, column.printed.column) for column in compared}
     claimed = record.claims.get(document, set())
@@ -123,7 +137,7 @@ def missing_columns(record, document, compared):
         yield f"{' '.join(column)}: not on record as read from this document"
 
 
-def stale(record, document, printed_columns, met):
+def stale(record: Record, document: str, printed_columns: list[Printed], met: Met) -> Iterator[str]:
     """Declared differences that this document does not show."""
     for declared in record.declared:
         if document not in declared.documents:

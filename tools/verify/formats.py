@@ -7,9 +7,11 @@ import subprocess
 import tempfile
 import xml.etree.ElementTree as ElementTree
 import zipfile
+from collections.abc import Callable, Iterable, Iterator
 from pathlib import Path
+from typing import Any
 
-from tools.verify.printed import UnreadableError, number_of, whole_age
+from tools.verify.printed import Pages, Printed, Sheets, UnreadableError, number_of, whole_age
 
 MIB = 1 << 20
 LARGEST_FILE = 64 * MIB
@@ -18,7 +20,7 @@ ROWS, CELLS = 400, 64  # what is read of a sheet
 SUFFIXES = (".pdf", ".xlsx", ".xls", ".xml", ".csv", ".rda")
 
 
-def read_file(path):
+def read_file(path: Path) -> bytes:
     if not path.is_file():
         raise UnreadableError("no such file")
     with open(path, "rb") as file:
@@ -28,9 +30,9 @@ def read_file(path):
     return content
 
 
-def open_document(content):
+def open_document(content: bytes) -> tuple[str, Any]:
     """The format of a document, known by how it begins, and what is in it."""
-    formats = (
+    formats: tuple[tuple[bytes, str, Callable[[bytes], Any]], ...] = (
         (b"%PDF-", "pdf", pdf_lines),
         (b"PK\x03\x04", "workbook", xlsx_sheets),
         (b"\xd0\xcf\x11\xe0", "workbook", xls_sheets),
@@ -39,7 +41,7 @@ def open_document(content):
         (b"<", "xml", xml_root),
         (b"", "csv", csv_rows),
     )
-    name, opener = next(each[1:] for each in formats if content.startswith(each[0]))
+    _, name, opener = next(each for each in formats if content.startswith(each[0]))
     # Whatever a parser that others wrote raises, the file is at fault.
     try:
         return name, opener(content)
@@ -50,7 +52,7 @@ def open_document(content):
         raise UnreadableError(f"damaged, or not what it seems to be: {reason}") from error
 
 
-def pdf_lines(content):
+def pdf_lines(content: bytes) -> Pages:
     """The pages of a PDF, each a list of lines that keep the columns of the page apart."""
     with tempfile.TemporaryDirectory() as folder:
         source, text = Path(folder, "source.pdf"), Path(folder, "text")
@@ -67,7 +69,7 @@ def pdf_lines(content):
     return [page.splitlines() for page in pages]
 
 
-def xlsx_sheets(content):
+def xlsx_sheets(content: bytes) -> Sheets:
     import openpyxl
 
     with zipfile.ZipFile(io.BytesIO(content)) as archive:
@@ -77,7 +79,7 @@ def xlsx_sheets(content):
     return {sheet.title: list(xlsx_rows(sheet)) for sheet in book.worksheets}
 
 
-def xlsx_rows(sheet):
+def xlsx_rows(sheet: Any) -> Iterator[list[Any]]:
     """The rows of a sheet, all of one width; what is beyond has to be empty."""
     sheet.reset_dimensions()  # a sheet may say that it is smaller than it is
     for number, row in enumerate(sheet.iter_rows(values_only=True), 1):
@@ -87,12 +89,12 @@ def xlsx_rows(sheet):
             yield [*row[:CELLS], *[None] * (CELLS - len(row))]
 
 
-def expect_small(sheet, rows, cells):
+def expect_small(sheet: str, rows: int, cells: int) -> None:
     if rows > ROWS or cells > CELLS:
         raise UnreadableError(f"sheet {sheet}: has more than {ROWS} rows of {CELLS} cells")
 
 
-def xls_sheets(content):
+def xls_sheets(content: bytes) -> Sheets:
     import xlrd
 
     with open(os.devnull, "w", encoding="utf-8") as silence:
@@ -108,7 +110,7 @@ def xls_sheets(content):
     }
 
 
-def xls_value(xlrd, cell):
+def xls_value(xlrd: Any, cell: Any) -> Any:
     """A text or a number. What else a cell may hold is given as its text, which is neither."""
     if cell.ctype in (xlrd.XL_CELL_EMPTY, xlrd.XL_CELL_BLANK) or cell.value == "":
         return None
@@ -121,15 +123,15 @@ def xls_value(xlrd, cell):
 class _NoDoctype(ElementTree.TreeBuilder):
     """Entities can only be declared in a document type, and no table has one."""
 
-    def doctype(self, name, pubid, system):
+    def doctype(self, name: str, pubid: str | None, system: str | None) -> None:
         raise UnreadableError("declares a document type")
 
 
-def xml_root(content):
+def xml_root(content: bytes) -> ElementTree.Element:
     return ElementTree.fromstring(content, ElementTree.XMLParser(target=_NoDoctype()))
 
 
-def r_frames(content):
+def r_frames(content: bytes) -> dict[str, Any]:
     import rdata  # imported here, for it takes a second
 
     with gzip.open(io.BytesIO(content)) as packed:
@@ -140,7 +142,7 @@ def r_frames(content):
     return {name: frame.to_dict("list") for name, frame in frames.items()}
 
 
-def csv_rows(content):
+def csv_rows(content: bytes) -> list[list[str]]:
     text = content.decode("utf-8-sig")
     return [[cell.strip() for cell in line.split(",")] for line in text.splitlines() if line]
 
@@ -148,7 +150,7 @@ def csv_rows(content):
 # ---- sheets ----
 
 
-def cell_name(sheet, row, cell):
+def cell_name(sheet: str, row: int, cell: int) -> str:
     letters = ""
     cell += 1
     while cell:
@@ -157,11 +159,13 @@ def cell_name(sheet, row, cell):
     return f"{sheet}!{letters}{row + 1}"
 
 
-def text_of(value):
+def text_of(value: object) -> str:
     return "" if value is None else str(value).strip()
 
 
-def expect_heads(sheets, sheet, first_row, first_cell, heads):
+def expect_heads(
+    sheets: Sheets, sheet: str, first_row: int, first_cell: int, heads: Iterable[list[str]]
+) -> None:
     """Refuses a sheet that has other words there: heads say what the figures below are."""
     for row, words in enumerate(heads, first_row):
         found = list(map(text_of, sheets[sheet][row][first_cell : first_cell + len(words)]))
@@ -170,7 +174,9 @@ def expect_heads(sheets, sheet, first_row, first_cell, heads):
             raise UnreadableError(f"{where}: the heads from there are {found}, not {words}")
 
 
-def read_columns(sheets, sheet, first_row, age_cell, columns):
+def read_columns(
+    sheets: Sheets, sheet: str, first_row: int, age_cell: int, columns: dict[int, Printed]
+) -> list[Printed]:
     """Fills columns, each printed under its cell, from the rows whose age cell holds a number."""
     for number, row in enumerate(sheets[sheet][first_row:], first_row):
         age = row[age_cell] if age_cell < len(row) else None

@@ -1,7 +1,10 @@
 """The workbook "DAV 2004 R": base tables, trends, select factors."""
 
+from collections.abc import Iterator
+from typing import Any
+
 from tools.verify.formats import expect_heads, read_columns
-from tools.verify.printed import Printed, UnreadableError
+from tools.verify.printed import Printed, Sheets, UnreadableError
 
 NAME = "Germany_Annuities_DAV_2004R.xlsx"
 SEXES = {"Männer": "m", "Frauen": "f"}
@@ -25,17 +28,17 @@ TREND_HEADS = [
 FACTOR_HEADS = [["Faktoren für Selektionstafel"], ["", *SEXES]]
 
 
-def identify(form, content, _file_name):
+def identify(form: str, content: Any, _file_name: str) -> str | None:
     sheets = {"Basistafeln", "Trends", "Selektionsfaktoren"}
     return NAME if form == "workbook" and sheets <= content.keys() else None
 
 
-def read(_name, sheets):
+def read(_name: str, sheets: Sheets) -> list[Printed]:
     rates = base_tables(sheets)
     return [*rates, *trends(sheets), *select_rates(sheets, rates)]
 
 
-def base_tables(sheets):
+def base_tables(sheets: Sheets) -> list[Printed]:
     expect_heads(sheets, "Basistafeln", 0, 0, BASE_HEADS)
     columns = {}
     for cell, (base, _, order, sex) in enumerate(zip(*BASE_HEADS)):
@@ -46,9 +49,10 @@ def base_tables(sheets):
     return read_columns(sheets, "Basistafeln", len(BASE_HEADS), 0, columns)
 
 
-def trends(sheets):
+def trends(sheets: Sheets) -> list[Printed]:
     expect_heads(sheets, "Trends", 0, 0, TREND_HEADS)
-    columns, trend, order = {}, "", ""
+    columns: dict[int, Printed] = {}
+    trend = order = ""
     for cell, (_, *above, sex) in enumerate(zip(*TREND_HEADS)):
         trend, order = above[0] or trend, above[1] or order
         if order in ORDERS:
@@ -57,7 +61,7 @@ def trends(sheets):
     return read_columns(sheets, "Trends", len(TREND_HEADS), 0, columns)
 
 
-def select_rates(sheets, rates):
+def select_rates(sheets: Sheets, rates: list[Printed]) -> Iterator[Printed]:
     """The select rates that follow from the ultimate rates and the factors of durations 1 to 5."""
     expect_heads(sheets, "Selektionsfaktoren", 0, 0, FACTOR_HEADS)
     factors = {

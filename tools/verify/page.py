@@ -1,7 +1,12 @@
 """Lays out printed figures as a page of literals, as the sources have it."""
 
+from collections.abc import Iterator
+from decimal import Decimal
 
-def page_of(printed):
+from tools.verify.printed import Printed
+
+
+def page_of(printed: Printed) -> Iterator[str]:
     texts = {age: literal(figure) for age, figure in sorted(printed.figures.items())}
     width = max(map(len, texts.values()))
     name = f"{printed.table}_{printed.column.replace('.', '_')}"
@@ -15,7 +20,7 @@ def page_of(printed):
     yield "};"
 
 
-def literal(figure):
+def literal(figure: Decimal) -> str:
     """The shortest decimal. Whether a table closes with 1 or 1.0 is for its author to say."""
     text = f"{figure.normalize():f}"
     return text if "." in text else f"{text}.0"

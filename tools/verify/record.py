@@ -1,11 +1,13 @@
 """What provenance has of documents: their digests, the columns in them, declared differences."""
 
 import tomllib
+from collections.abc import Iterator
 from dataclasses import dataclass
 from decimal import Decimal
 from fnmatch import fnmatchcase
 
 from tools import provenance
+from tools.verify.printed import Printed
 
 DECLARED = "declared.toml"
 # What a declared difference says of cells; the file tells what each means.
@@ -22,7 +24,7 @@ class Declared:
     cells: dict[int, Decimal | None]  # by age; the printed figure where it is declared
     decimals: int | None = None  # of rounded figures
 
-    def concerns(self, document, printed):
+    def concerns(self, document: str, printed: Printed) -> bool:
         return (
             document in self.documents
             and fnmatchcase(f"{printed.table} {printed.column}", self.columns)
@@ -39,22 +41,22 @@ class Record:
     declared: list[Declared]
 
 
-def ages_of(text):
+def ages_of(text: str) -> dict[int, Decimal | None]:
     """The ages of a list such as "63, 69, 75-77"."""
-    ages = {}
+    ages: dict[int, Decimal | None] = {}
     for part in text.split(","):
         first, _, last = part.strip().partition("-")
         ages |= dict.fromkeys(range(int(first), int(last or first) + 1))
     return ages
 
 
-def figures_of(text):
+def figures_of(text: str) -> dict[int, Decimal | None]:
     """The figures of a list such as "0-14: 0, 63: 3.612"."""
     pairs = (part.split(":") for part in text.split(","))
     return {age: Decimal(figure.strip()) for ages, figure in pairs for age in ages_of(ages)}
 
 
-def declarations(entry):
+def declarations(entry: provenance.Entry) -> Iterator[Declared]:
     (kind,) = KINDS & entry.keys()
     common = (entry.get("place", "*"), kind, entry["reason"])
     if kind == "figures":
@@ -68,9 +70,11 @@ def declarations(entry):
         yield Declared(*place, ages_of(entry[kind]))
 
 
-def load():
+def load() -> Record:
     register = provenance.register()
-    rows, claims, without = {}, {}, []
+    rows: dict[tuple[str, str], str] = {}
+    claims: dict[str, set[tuple[str, str]]] = {}
+    without = []
     for table, facts in register["tables"].items():
         for row, entry in facts["columns"].items():
             key, labels = entry["key"], entry["labels"]
@@ -83,6 +87,6 @@ def load():
             if entry["published"] and not entry["documents"]:
                 without.append(f"{table} {row}")
     digests = {name: facts["sha256"] for name, facts in register["documents"].items()}
-    declared = tomllib.loads((provenance.FOLDER / DECLARED).read_text(encoding="utf-8"))
-    declared = [item for entry in declared["declared"] for item in declarations(entry)]
+    told = tomllib.loads((provenance.FOLDER / DECLARED).read_text(encoding="utf-8"))
+    declared = [item for entry in told["declared"] for item in declarations(entry)]
     return Record(digests, rows, claims, without, declared)

@@ -1,5 +1,7 @@
 """Copies of other authors: GAM 71 as text and from R; PEAIM/F-2007, PASEM 2010, GKM/F and GRM/F."""
 
+from typing import Any
+
 from tools.verify.printed import (
     Printed,
     UnreadableError,
@@ -11,7 +13,7 @@ from tools.verify.printed import (
 
 PER_MILLE = "GXMF_80_95.csv"
 # Each by its head: name of the document, and table and column of each cell.
-TEXTS = {
+TEXTS: dict[tuple[str, ...], tuple[str, list[tuple[str, str]]]] = {
     ("Edad", "Hombre qx", "Mujer qx"): (
         "PASEM2010.csv",
         [("PASEM2010", "qx_m"), ("PASEM2010", "qx_f")],
@@ -43,17 +45,17 @@ GAM = {"gam_71_male.csv": "qx_m", "gam_71_female.csv": "qx_f"}  # told apart by 
 FRAMES = {"GAM71M": "qx_m", "GAM71F": "qx_f"}
 
 
-def identify(form, content, file_name):
+def identify(form: str, content: Any, file_name: str) -> str | None:
     if form == "rda":
         return next((f"{frame}.rda" for frame in FRAMES if frame in content), None)
     if form != "csv" or not content:
         return None
     if content[0] == ["age", "qx"] and file_name in GAM:
         return file_name
-    return TEXTS.get(tuple(content[0]), [None])[0]
+    return TEXTS.get(tuple(content[0]), (None,))[0]
 
 
-def read(name, content):
+def read(name: str, content: Any) -> list[Printed]:
     if isinstance(content, dict):
         return [frame(content, name.removesuffix(".rda"))]
     columns = [("GAM71", GAM[name])] if name in GAM else TEXTS[tuple(content[0])][1]
@@ -68,7 +70,7 @@ def read(name, content):
     return printed
 
 
-def frame(frames, name):
+def frame(frames: dict[str, Any], name: str) -> Printed:
     """A life table in R: ages x, rates q."""
     printed = Printed("GAM71", FRAMES[name], "second source")
     for age, rate in zip(frames[name]["x"], frames[name]["q"]):

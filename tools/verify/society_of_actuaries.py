@@ -1,6 +1,9 @@
 """The Society of Actuaries' tables as XTbML, one file for each table number."""
 
 import re
+from collections.abc import Iterator
+from typing import Any
+from xml.etree.ElementTree import Element
 
 from tools.verify.printed import Printed, UnreadableError, age_of, figure_of
 
@@ -64,13 +67,13 @@ KINDS = {"Annuitant Mortality", "Group Life", "Insured Lives Mortality"}
 SELECT_AND_ULTIMATE = ("2360", "2361")
 
 
-def identify(form, content, _file_name):
+def identify(form: str, content: Any, _file_name: str) -> str | None:
     number = content.findtext("ContentClassification/TableIdentity") if form == "xml" else None
     return f"t{number}.xml" if number in COLUMNS else None
 
 
-def read(_name, root):
-    number = root.findtext("ContentClassification/TableIdentity")
+def read(_name: str, root: Element) -> Iterator[Printed]:
+    number = root.findtext("ContentClassification/TableIdentity", "")
     table, column, *_ = COLUMNS[number]
     place = f"SOA table {number}"
     expect_titles(root, number, place)
@@ -101,15 +104,16 @@ def read(_name, root):
             age = age_of(axis.get("t", ""), place)
             for rate in axis.iterfind("Axis/Y"):
                 where = f"{place}, age {age}, duration {rate.get('t')}"
-                if rate.get("t") not in ("1", "2"):  # the module counts from 0, as the CMI does
+                duration = rate.get("t", "")
+                if duration not in ("1", "2"):  # the module counts from 0, as the CMI does
                     raise UnreadableError(f"{where}: there are durations 1 and 2 only")
                 if rate.text:
-                    select[int(rate.get("t")) - 1].add(age, figure_of(rate.text, where), where)
+                    select[int(duration) - 1].add(age, figure_of(rate.text, where), where)
         expect_axes(values, select, [("Duration", "1", "2")], place)
         yield from select
 
 
-def expect_titles(root, number, place):
+def expect_titles(root: Element, number: str, place: str) -> None:
     """Refuses a table whose name, descriptions or kind are not those of its number."""
     _, column, name, about = COLUMNS[number]
     found, first, kind = (
@@ -128,7 +132,9 @@ def expect_titles(root, number, place):
         raise UnreadableError(f"{place}: the kind of its values is {kind!r}")
 
 
-def expect_axes(values, printed, durations, place):
+def expect_axes(
+    values: Element, printed: list[Printed], durations: list[tuple[str, str, str]], place: str
+) -> None:
     """Refuses values that have other axes than their head says: ages, and durations."""
     ages = [age for each in printed for age in each.figures]
     expected = [("Age", str(min(ages)), str(max(ages))), *durations]

@@ -1,10 +1,14 @@
 """The Spanish gazette BOE-A-2020-17154: PER2020 and PASEM2020, annexes 1.1 to 2.4."""
 
 import re
+from collections.abc import Iterator
 from decimal import Decimal
 from itertools import product
+from typing import Any
 
-from tools.verify.printed import Printed, UnreadableError
+from tools.verify.printed import Pages, Printed, UnreadableError
+
+type Key = tuple[str, str]  # a table, the key of a column
 
 NAME = "BOE-A-2020-17154.pdf"
 
@@ -34,13 +38,15 @@ DECIDING = re.compile(r".*[_\dλ].*|Mujeres|Hombres")
 BESIDE = re.compile(r"cve: BOE-A-2020-17154|Verificable en https://www.boe.es|")  # the margin
 
 
-def identify(form, pages, _file_name):
+def identify(form: str, pages: Any, _file_name: str) -> str | None:
     found = form == "pdf" and any(HEAD.search(line) for page in pages for line in page)
     return NAME if found else None
 
 
-def read(_name, pages):
-    columns = {}
+def read(_name: str, pages: Pages) -> Iterator[Printed]:
+    columns: dict[Key, Printed] = {}
+    heading: list[tuple[Key, str]]
+    words: list[str]
     for number, page in enumerate(pages, 1):
         heading, words = [], []  # every page repeats the heads of its columns
         for line in page:
@@ -67,7 +73,7 @@ def read(_name, pages):
     yield from first_order(columns)
 
 
-def columns_of(words, page):
+def columns_of(words: list[str], page: int) -> list[tuple[Key, str]]:
     """The columns that a heading announces."""
     for names, tables, heads in HEADINGS:
         cells = [*names.split(), *[*SEXES] * len(tables)]
@@ -79,21 +85,21 @@ def columns_of(words, page):
     raise UnreadableError(f"page {page}: the heading is not known: {' '.join(words)}")
 
 
-def spanish(text, percent, where):
+def spanish(text: str, percent: str, where: str) -> Decimal:
     figure = text.removesuffix(percent)
     if not (FIGURE.fullmatch(figure) and text.endswith(percent)):
         raise UnreadableError(f"{where}: {text!r} is not a figure")
     return Decimal(figure.replace(".", "").replace(",", "."))
 
 
-def first_order(columns):
+def first_order(columns: dict[Key, Printed]) -> Iterator[Printed]:
     """First order from second order and the loadings, which rates lose and improvement gains."""
-    for key in columns:
-        table, loaded = key[0], key[1].removeprefix("loading of ")
+    for (table, column), printed in columns.items():
+        loaded = column.removeprefix("loading of ")
         base = columns.get((table.replace("1o", "2o"), loaded))
-        if loaded == key[1] or not base:
+        if loaded == column or not base:
             continue
-        loadings = columns[key].figures
+        loadings = printed.figures
         ages = sorted(loadings.keys() & base.figures.keys())
         if loaded.startswith("qx"):
             place = "annex 1.1 less the loading of annex 2.1"

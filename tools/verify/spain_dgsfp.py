@@ -3,10 +3,14 @@
 The tables have the names of the draft there, PER2012 and PASEM2019.
 """
 
+from collections.abc import Iterator
 from decimal import Decimal
+from typing import Any
 
 from tools.verify.formats import expect_heads, read_columns
-from tools.verify.printed import Printed, UnreadableError
+from tools.verify.printed import Printed, Sheets, UnreadableError
+
+type Read = dict[tuple[str, str], Printed]
 
 NAME = "PERMF_PASEM_2020.xlsx"
 SHEET = "Nuevas tablas"
@@ -14,7 +18,7 @@ RATE, LAMBDA = "qx base 2012 en tanto por mil", "λ = factor de mejora"
 LOADINGS = "Recargo técnico qx base", "Recargo técnico factor de mejora"
 DEATHS = "qx base 2019 en tanto por mil"
 # The cells of the ages and of the title; title, table; heads of its columns.
-BLOCKS = (
+BLOCKS: tuple[tuple[int, int, str, str, tuple[str, ...]], ...] = (
     (1, 2, "Anexo 1.1. PER2012_Col_2ndo.orden", "PER2020_Col_2o", (RATE, LAMBDA)),
     (1, 7, "Anexo 1.1. PER2012_Ind_2ndo.orden", "PER2020_Ind_2o", (RATE, LAMBDA)),
     (12, 13, "Anexo 2.1. PER2012_Col_1er.orden", "PER2020_Col_1o",
@@ -41,12 +45,12 @@ TOLERANCE = Decimal("1e-9")  # of a spreadsheet's own arithmetic
 OTHERWISE_LOADED, LARGEST_GAP = range(91, 97), Decimal("0.0001000001")
 
 
-def identify(form, content, _file_name):
+def identify(form: str, content: Any, _file_name: str) -> str | None:
     return NAME if form == "workbook" and SHEET in content else None
 
 
-def read(_name, sheets):
-    read = {}
+def read(_name: str, sheets: Sheets) -> Iterator[Printed]:
+    read: Read = {}
     for ages, cell, title, table, heads in BLOCKS:
         blank = [""] * (len(heads) - 1)
         titles = [title, *blank, *blank, ""], ["Mujeres", *blank, "Hombres", *blank]
@@ -63,7 +67,7 @@ def read(_name, sheets):
     yield from (printed for (_, column), printed in read.items() if "loading" not in column)
 
 
-def expect_loadings(read):
+def expect_loadings(read: Read) -> None:
     """Refuses loadings that do not lead from the second order to the first."""
     for (table, column), loadings in read.items():
         name = column.removeprefix("loading of ")

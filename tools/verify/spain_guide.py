@@ -5,9 +5,11 @@ Each of its tables has the same rows of a spreadsheet with a column more than th
 
 import re
 import unicodedata
+from collections.abc import Iterator
 from decimal import Decimal
+from typing import Any
 
-from tools.verify.printed import Printed, UnreadableError
+from tools.verify.printed import Pages, Printed, UnreadableError
 
 NAME = "PER2020-spreadsheet-guide.pdf"
 TABLE = "PER2020_Ind_2o"
@@ -34,16 +36,16 @@ TABLES = {
 FIGURES = tuple(map(re.compile, (r"0,\d{6}", r"0,\d{3,6}", r"\d\d", r"0,\d{4,6}", r"0,\d{4,6}")))
 
 
-def words(line):
+def words(line: str) -> str:
     return unicodedata.normalize("NFC", " ".join(line.split()))
 
 
-def identify(form, pages, _file_name):
+def identify(form: str, pages: Any, _file_name: str) -> str | None:
     last = [*TABLES][-1]
     return NAME if form == "pdf" and any(last in map(words, page) for page in pages) else None
 
 
-def read(_name, pages):
+def read(_name: str, pages: Pages) -> Iterator[Printed]:
     lines = [words(line) for page in pages for line in page if line.strip()]
     missing = [each for each in FOR if each not in " ".join(lines)]
     if missing:
@@ -53,7 +55,7 @@ def read(_name, pages):
             yield from example(title, lines[at + 2 : at + 8])
 
 
-def example(title, lines):
+def example(title: str, lines: list[str]) -> list[Printed]:
     if title not in TABLES:
         raise UnreadableError(f"not a known example: {title}")
     first, heads, width = TABLES[title]

@@ -2,9 +2,10 @@
 
 import re
 from decimal import Decimal
+from typing import Any
 
 from tools.verify.formats import read_columns, text_of
-from tools.verify.printed import Printed, UnreadableError
+from tools.verify.printed import Pages, Printed, Sheets, UnreadableError
 
 PASEM = "PASEM2010-study.pdf"
 PASEM_TITLE = "Anexo – Tablas finales PASEM 2010 Hombres y PASEM 2010 Mujeres."
@@ -21,19 +22,19 @@ PEAI = {
 }
 
 
-def identify(form, content, _file_name):
+def identify(form: str, content: Any, _file_name: str) -> str | None:
     if form == "pdf" and any(line.split() == PASEM_HEAD for page in content for line in page):
         return PASEM
     if form == "workbook" and list(content) == ["Sheet1"]:
-        return PEAI.get(peai_head(content), [None])[0]
+        return PEAI.get(peai_head(content), (None,))[0]
     return None
 
 
-def read(_name, content):
+def read(_name: str, content: Any) -> list[Printed]:
     return peai(content) if isinstance(content, dict) else pasem(content)
 
 
-def pasem(pages):
+def pasem(pages: Pages) -> list[Printed]:
     """Only the first page of the annex has a head; no other line of the study is like its rows."""
     if not any(line.strip(" \t0123456789") == PASEM_TITLE for page in pages for line in page):
         raise UnreadableError(f"its annex has not the title {PASEM_TITLE!r}")
@@ -54,11 +55,11 @@ def pasem(pages):
     return columns
 
 
-def peai_head(sheets):
+def peai_head(sheets: Sheets) -> str:
     return "".join(map(text_of, sheets["Sheet1"][0])).replace(" ", "")
 
 
-def peai(sheets):
+def peai(sheets: Sheets) -> list[Printed]:
     _, table = PEAI[peai_head(sheets)]
     columns = {1: Printed(table, "ix_m", "sheet"), 2: Printed(table, "ix_f", "sheet")}
     return read_columns(sheets, "Sheet1", 1, 0, columns)
