@@ -10,6 +10,7 @@ import struct
 import zipfile
 from decimal import ROUND_HALF_UP, Decimal
 from fnmatch import fnmatchcase
+from typing import Any
 
 import openpyxl
 import pytest
@@ -44,7 +45,7 @@ def as_printed(document):
             if declared.place == SUMS:
                 continue
             if declared.kind == "rounded":
-                digits = Decimal((0, (1,), -declared.decimals))
+                digits = Decimal((0, (1,), -(declared.decimals or 0)))
                 figures |= {a: rate.quantize(digits, ROUND_HALF_UP) for a, rate in held.items()}
             for age, figure in declared.cells.items():
                 if declared.kind == "not_printed":
@@ -132,7 +133,7 @@ def gazette_cell(printed, key, age):
             if declared.place == SUMS and declared.columns == f"{table} {column}"
             for age, figure in declared.cells.items()
         }
-        return spanish(sums.get(age, Decimal(0)) - second.get(age, Decimal(0)), 4)
+        return spanish((sums.get(age) or Decimal(0)) - second.get(age, Decimal(0)), 4)
     decimals = 3 if table.startswith("PER") and column.startswith("qx") else 4
     return spanish(printed[table, column].get(age), decimals)
 
@@ -575,7 +576,7 @@ def test_each_kind_of_declaration_allows_what_it_says_and_no_more(
 ):
     monkeypatch.setattr(compare, "HELD", {("T", "c"): {0: D("0.1"), 1: D("0.25"), 2: D(1)}})
     common = {"documents": ["d"], "columns": "T *"}
-    entries = [
+    entries: list[dict[str, Any]] = [
         {**common, "reason": "other", "figures": {"T c": "0: 0.2"}},
         {**common, "reason": "rounded", "rounded": 1},
         {**common, "reason": "skipped", "not_printed": "2"},
