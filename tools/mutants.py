@@ -14,6 +14,7 @@ import argparse
 import os
 import random
 import re
+import signal
 import subprocess
 import sys
 import tomllib
@@ -155,14 +156,17 @@ def refresh(copy):
 
 def run(copy, seconds, *command, **environment):
     """Status and output of a command; None for the status when it takes too long."""
-    try:
-        done = subprocess.run(
-            command, cwd=copy, capture_output=True, text=True, check=False, timeout=seconds,
-            env=os.environ | environment, errors="replace", start_new_session=True,
-        )  # fmt: skip
-    except subprocess.TimeoutExpired:
-        return None, ""
-    return done.returncode, done.stdout + done.stderr
+    with subprocess.Popen(
+        command, cwd=copy, text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+        env=os.environ | environment, errors="replace", start_new_session=True,
+    ) as process:  # fmt: skip
+        try:
+            output, _ = process.communicate(timeout=seconds)
+        except subprocess.TimeoutExpired:
+            # With all that it has begun, which would keep the pipe open.
+            os.killpg(process.pid, signal.SIGKILL)
+            return None, ""
+    return process.returncode, output
 
 
 def reason_of(status, output):
@@ -231,7 +235,7 @@ def area_of(mutant):
 def tests(copy, build, arguments):
     """The first test that fails on a build of the copy; None when all pass."""
     command = ("./dev", "test", "-x", "-q", *arguments)
-    status, output = run(copy, 1200, *command, DATA_TABLES_BUILD=build)
+    status, output = run(copy, 600, *command, DATA_TABLES_BUILD=build)
     return None if status == 0 else reason_of(status, output)
 
 
