@@ -6,11 +6,11 @@ import os
 import re
 import shutil
 import subprocess
-from pathlib import Path
 
 import pytest
 
-TOP = Path(__file__).resolve().parents[2]
+from tools import TOP
+
 STEPS = re.search(r"^steps=\((.*)\)", (TOP / "tools" / "check.sh").read_text(), re.MULTILINE)[1]
 MODULE = "build/release/installed/marlune"
 # The file at whose end a line is added, the line, and what the step has to name.

@@ -12,7 +12,8 @@ from pathlib import Path
 
 import pytest
 
-TOP = Path(__file__).resolve().parents[2]
+from tools import TOP
+
 NAMESPACES = subprocess.run(
     ["bwrap", "--unshare-pid", "--dev-bind", "/", "/", "--proc", "/proc", "true"],
     capture_output=True, check=False,

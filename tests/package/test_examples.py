@@ -10,15 +10,12 @@ import runpy
 import subprocess
 import sys
 from decimal import Decimal
-from pathlib import Path
 
 import pytest
 
 import marlune.tables.data_tables as module
 from marlune.tables.data_tables import REPO_TABLES
-from tools import links
-
-TOP = Path(__file__).resolve().parents[2]
+from tools import TOP, links
 
 
 def per2020_annuity(age, year, last):

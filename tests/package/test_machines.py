@@ -10,7 +10,8 @@ from pathlib import Path
 
 import pytest
 
-TOP = Path(__file__).resolve().parents[2]
+from tools import TOP
+
 ALLOWED = (
     "-all chown dac_override fowner fsetid kill setgid setuid setpcap net_bind_service net_raw "
     "sys_chroot mknod audit_write setfcap"

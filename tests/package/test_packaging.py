@@ -5,14 +5,11 @@ import re
 import subprocess
 import sys
 import sysconfig
-from pathlib import Path
 
 import pytest
 
 from compiler import compile_source
-
-TOP = Path(__file__).parent.parent.parent
-
+from tools import TOP
 
 # An interpreter that says something untrue about itself.
 STUB = """#!{python} -I

@@ -12,8 +12,8 @@ from pathlib import Path
 import pytest
 
 import marlune.tables.data_tables as module
+from tools import TOP
 
-TOP = Path(__file__).resolve().parents[2]
 STAND_IN = TOP / "tests" / "package" / "stand_in"
 PYRIGHT = Path(os.environ["DATA_TABLES_NPM"]) / "pyright" / "index.js"
 

@@ -6,11 +6,9 @@ import re
 import subprocess
 import sys
 import zipfile
-from pathlib import Path
 
 from harness import trial
-
-TOP = Path(__file__).parent.parent.parent
+from tools import TOP
 
 
 def run(*command):
