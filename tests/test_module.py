@@ -133,64 +133,52 @@ BUILD, BLEND = function("_build_dav2004r_data"), function("_dav_mi_linear")
 NOT_DEFINED = "NameError(\"name '{}' is not defined\")"
 
 
-@pytest.mark.parametrize("name", ["zip", "round"])
-def test_missing_builtin_fails_the_import_and_the_next_one_succeeds(name):
-    printed = run(
-        FAILING_IMPORT
-        + f"""
-    kept = builtins.{name}
-    del builtins.{name}
-    print(told(fails()))
-    builtins.{name} = kept
-    half_built = sys.modules["data_tables"]
-    assert "GAM71" not in vars(half_built)
-    succeeds()
-    assert sys.modules["{NAME}"] is not half_built is sys.modules["data_tables"]
+def losing(name, lost):
+    """A replaced builtin takes an attribute away while the body runs."""
+    return f"""
+    def replaced(*arguments, real={name}):
+        module_dict().pop("{lost}", None)
+        return real(*arguments)
+    builtins.{name} = replaced
     """
-    )
-    assert eval(printed) == (NOT_DEFINED.format(name), frames(body("int builtins_line")))
 
 
-def test_short_name_that_cannot_be_looked_up_fails_the_import():
-    printed = run(
-        FAILING_IMPORT
-        + """
+NOT_LOOKED_UP = """
     class Name(str):
         __hash__ = str.__hash__
-        def __eq__(self, other): raise OSError(other)
+        def __eq__(self, other):
+            if not mended: raise OSError(other)
+            return False
     sys.modules[Name("data_tables")] = None
-    print(told(fails()))
-    """
-    )
-    assert eval(printed) == ("OSError('data_tables')", frames(body("int short_name_line")))
-
-
-@pytest.mark.parametrize(
-    ("replaced", "lost", "statement"),
-    [
+"""
+FAILURES = [
+    ("del builtins.zip", NOT_DEFINED.format("zip"), "int builtins_line"),
+    ("del builtins.round", NOT_DEFINED.format("round"), "int builtins_line"),
+    (NOT_LOOKED_UP, "OSError('data_tables')", "int short_name_line"),
+    *((losing(name, lost), NOT_DEFINED.format(lost), statement) for name, lost, statement in (
         ("zip", "PASEM2010", 'inventory("REPO_TABLES")'),
         ("round", "_IX_F_BASE", "table(synthetic::DummySD_Select)"),
         ("round", "DummyLIFE_Unisex", 'inventory("REPO_TABLES")'),
-    ],
-)
-def test_name_lost_during_the_body_fails_the_import_at_the_statement_that_needs_it(
-    replaced, lost, statement
+    )),
+]  # fmt: skip
+
+
+@pytest.mark.parametrize(("setting", "failure", "statement"), FAILURES)
+def test_import_fails_at_the_statement_that_needs_it_and_the_next_one_succeeds(
+    setting, failure, statement
 ):
-    """A replaced builtin takes an attribute away while the body runs."""
-    printed = run(
-        FAILING_IMPORT
-        + f"""
-    real = {replaced}
-    def replaced(*arguments):
-        module_dict().pop("{lost}", None)
-        return real(*arguments)
-    builtins.{replaced} = replaced
+    printed = run(f"""
+    {FAILING_IMPORT}
+    own, mended = (zip, round), False
+    {setting}
     print(told(fails()))
-    builtins.{replaced} = real
+    mended, (builtins.zip, builtins.round) = True, own
+    half_built = sys.modules.get("data_tables")
     succeeds()
-    """
-    )
-    assert eval(printed) == (NOT_DEFINED.format(lost), frames(body(statement)))
+    assert half_built is not sys.modules["{NAME}"]
+    assert half_built in (None, sys.modules["data_tables"])
+    """)
+    assert eval(printed) == (failure, frames(body(statement)))
 
 
 def test_failure_inside_the_functions_carries_their_names():
