@@ -118,38 +118,6 @@ def test_known_grid_is_taken_for_the_published_trends_alone():
     assert len(blend(start[:-1], target)[2014]) == 121
 
 
-class Logged:
-    """A number that logs what is done with it."""
-
-    def __init__(self, name, log):
-        self.name, self.log = name, log
-
-    def __sub__(self, other):
-        return self.result(f"{self.name} - {other.name}")
-
-    def __rmul__(self, other):
-        return self.result(f"{other!r} * {self.name}")
-
-    def __add__(self, other):
-        return self.result(f"{self.name} + {other.name}")
-
-    def result(self, operation):
-        self.log.append(operation)
-        return Logged(operation if "+" in operation else f"({operation})", self.log)
-
-
-def test_operations_and_their_order():
-    log = []
-    grid = blend([Logged("s", log)], [Logged("t", log)])
-    assert len(log) == 3 * 19
-    assert log[6:9] == [
-        "t - s",
-        "0.15000000000000002 * (t - s)",
-        "s + (0.15000000000000002 * (t - s))",
-    ]
-    assert grid[2007][0].name == log[8]
-
-
 def test_generic_numbers():
     grid = blend([Fraction(1, 10)], [Fraction(3, 10)])
     assert type(grid[2004][0]) is Fraction and type(grid[2005][0]) is float
