@@ -13,19 +13,6 @@ def lists_of(column):
     return [((key,), rates) for key, rates in column.items()]
 
 
-def differences(name, path, start_age, got, want, agrees=None):
-    """What differs between two lists, a line for each age: table, column, age, got, want."""
-    agrees = agrees or (lambda left, right: type(left) is type(right) and left == right)
-    lines = [
-        f"{name} {path} age {start_age + index}: got {left!r}, want {right!r}"
-        for index, (left, right) in enumerate(zip(got, want))
-        if not agrees(left, right)
-    ]
-    if len(got) != len(want):
-        lines.append(f"{name} {path}: {len(got)} ages, want {len(want)}")
-    return lines
-
-
 def blended(start, target):
     """What _dav_mi_linear makes of two lists, in plain Python."""
     grid = {2004: start[:]}

@@ -9,12 +9,3 @@ def readme_line(folder, reader):
         if line.startswith(f"{reader}: ")
     )
     return line.removeprefix(f"{reader}: ")
-
-
-def annuity_due(rates, interest):
-    """ä from the rates of the years to come."""
-    value, alive = 0.0, 1.0
-    for years, rate in enumerate(rates):
-        value += alive / (1 + interest) ** years
-        alive *= 1 - rate
-    return value

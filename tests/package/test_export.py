@@ -18,7 +18,7 @@ import pytest
 
 import life
 from columns import SYNTHETIC, lists_of
-from files import annuity_due, readme_line
+from files import readme_line
 from marlune.tables.data_tables import REPO_TABLES
 from tools import TOP, export, xtbml
 
@@ -177,11 +177,11 @@ def test_pandas_from_the_files_alone(folder, monkeypatch):
     q, mi = (per[per.kind == kind]["value"].to_numpy() for kind in ("death", "improvement"))
     years = pandas.Series(range(len(q))) + 2026 - tables.base_year["PER2020_Ind_1o"]
     improved = q / tables.decrement_scale_factor["PER2020_Ind_1o"] * (-mi * years).map(math.exp)
-    assert f"{annuity_due(improved, 0.02):.6f}" == "22.503445"
+    assert f"{life.annuity_due(life.survival(improved), 0.02):.6f}" == "22.503445"
     am92 = rates[(rates.table == "AM92_AF92") & (rates.sex == "male")]
     by_duration = am92.set_index(["duration", "age"])["value"]
     select = [by_duration["0", 40], by_duration["1", 41], *by_duration["ult"].loc[42:]]
-    assert f"{annuity_due(select, 0.04):.3f}" == "20.009"
+    assert f"{life.annuity_due(life.survival(select), 0.04):.3f}" == "20.009"
 
 
 # ---- XTbML ----
