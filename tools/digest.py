@@ -1,10 +1,11 @@
 """Print one digest of all that the imported module holds, to compare builds with each other.
 
-Usage: ./dev python -m tools.digest [--floats] [--tables]. The digest covers every attribute in its
+Usage: ./dev python -m tools.digest [--floats] [--record]. The digest covers every attribute in its
 order, the docstring, every value's type and bits, every order of keys, and which lists and dicts
 are one object. With --floats a second line tells how many float objects there are and digests which
-slots share one: that may differ between builds which hold the same. With --tables every table
-follows with a digest of its own, as tests/test_inventory.py has them.
+slots share one: that may differ between builds which hold the same. With --record the digest is
+written to tests/digests.txt, and with it every table by name with a digest of its own: for whoever
+has changed the tables, to look at what else has another digest.
 """
 
 import hashlib
@@ -15,6 +16,11 @@ from collections.abc import Iterable, Iterator
 from itertools import chain
 from types import ModuleType
 from typing import Any
+
+from tools import TOP
+
+RECORDED = TOP / "tests" / "digests.txt"
+EVERYTHING = "everything"
 
 
 def slots_of(value: Any, met: dict[int, int]) -> Iterator[Any]:
@@ -87,10 +93,10 @@ def main(*options: str) -> None:
     print(values)
     if "--floats" in options:
         print(f"{floats} float objects, shared as {sharing}")
-    if "--tables" in options:
-        cells = [f"{name} {digest}" for name, digest in digests_of(data_tables.REPO_TABLES).items()]
-        for start in range(0, len(cells), 3):
-            print("    " + " ".join(cells[start : start + 3]))
+    if "--record" in options:
+        tables = digests_of(data_tables.REPO_TABLES)
+        lines = [f"{name} {digest}\n" for name, digest in {**tables, EVERYTHING: values}.items()]
+        RECORDED.write_text("".join(lines), "utf-8")
 
 
 if __name__ == "__main__":
