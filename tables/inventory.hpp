@@ -82,16 +82,23 @@ inline constexpr std::string_view inventory_names[] = {
 
 using Names = std::span<const std::string_view>;
 
-// The inventory and the tables that the body binds are the same names, each once.
-constexpr void prove_inventory(Names inventory, Names bound) {
-  invariants::require(inventory.size() == bound.size(),
-                      "the inventory does not list as many tables as the body binds");
-  for (const std::string_view name : inventory) {
-    const auto times = std::ranges::count(bound, name);
-    invariants::require(times != 0, "the inventory lists a table that the body does not bind");
-    invariants::require(times == 1, "the body binds two tables under one name");
-    invariants::require(std::ranges::count(inventory, name) == 1,
-                        "the inventory lists a table twice");
+// Lists of names, of which the inventory and the tables that the body binds are one.
+struct Lists {
+  Names inventory;
+  Names bound;
+};
+
+constexpr void prove(invariants::Proof &proof, const Lists &lists) {
+  for (const std::string_view name : lists.inventory) {
+    const auto times = std::ranges::count(lists.bound, name);
+    proof.require(times != 0, "the inventory lists a table that the body does not bind", {name});
+    proof.require(times <= 1, "the body binds two tables under one name", {name});
+    proof.require(std::ranges::count(lists.inventory, name) == 1,
+                  "the inventory lists a table twice", {name});
+  }
+  for (const std::string_view name : lists.bound) {
+    proof.require(std::ranges::count(lists.inventory, name) != 0,
+                  "the body binds a table that the inventory does not list", {name});
   }
 }
 

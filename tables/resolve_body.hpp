@@ -14,16 +14,17 @@
 
 namespace marlune::tables {
 
-static_assert([] {
+inline constexpr auto bound_names = [] {
   Bounded<std::string_view, std::size(body)> bound;
   for (const Binding &binding : body) {
     if (binding.kind == Binding::Kind::table) {
       bound.push_back(binding.name);
     }
   }
-  prove_inventory(inventory_names, {bound.begin(), bound.end()});
-  return true;
-}());
+  return bound;
+}();
+inline constexpr Lists tables_listed{inventory_names, {bound_names.begin(), bound_names.end()}};
+static_assert(proved<tables_listed>());
 
 struct ResolvedBody {
   PlanBuilder builder;
