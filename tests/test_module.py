@@ -212,12 +212,6 @@ def test_other_runtime_version_warns():
         version = ctypes.c_ulong.in_dll(ctypes.pythonapi, "Py_Version")
         page = ctypes.addressof(version) & ~4095
         assert ctypes.CDLL(None).mprotect(ctypes.c_void_p(page), 8192, 7) == 0
-        version.value = 0x030D00F0
-        warnings.simplefilter("error")
-        try:
-            import {NAME}
-        except RuntimeWarning as warning:
-            print(warning)
         version.value = 0x04000000 | version.value & 0xF0FF | sys.version_info.minor << 16
         warnings.simplefilter("always")
         with warnings.catch_warnings(record=True) as caught:
@@ -230,7 +224,7 @@ def test_other_runtime_version_warns():
         " does not match runtime version "
     )
     at_once = "<frozen importlib._bootstrap>"  # the frame that runs the exec step
-    assert out.splitlines() == [f"{text}3.13", f"{text}4.{minor} {at_once} 1 __test__"]
+    assert out == f"{text}4.{minor} {at_once} 1 __test__\n"
 
 
 def test_second_module_of_a_process_is_bound_to_fail():

@@ -162,40 +162,32 @@ def test_selection_wears_off(name):
 
 # ---- what is refused ----
 
-PER, AM, DAV = "PER2020_Ind_1o", "AM92_AF92", "DAV2004R_SelUlt_2o"
-REFUSED = [
-    ((PER, "f", 120, 2026), {}, "PER2020_Ind_1er.orden has ages 0 to 119, not 120"),
-    (("GAM71", "f", 4), {}, "GAM71 has ages 5 to 110, not 4"),
-    ((PER, "f", -1, 2026), {}, "has ages 0 to 119, not -1"),
-    ((PER, "w", 65, 2026), {}, "sex is \"m\" or \"f\", not 'w'"),
-    ((PER, "f", 65), {}, "PER2020_Ind_1er.orden improves from 2012 on: name a year"),
-    ((PER, "f", 65, 2011), {}, "begins in 2012, 2011 is too early"),
-    (("CB_H_2020", "f", 65, 2026), {}, "CB-H-2020 HOMBRES has no qx_f, but qx_m, mi_m"),
-    (("IASS90", "m", 40), {}, "IASS-90 has no qx_m, but ix_m"),
-    ((PER, "f", 65, 2026), {"selected": 65}, "has no rates of 0 years since selection"),
-    ((AM, "f", 40), {"selected": 41}, "selected at 41: before names the table"),
-    ((AM, "f", 40), {"before": module.GAM71}, "before what?"),
-]  # fmt: skip
-
-
-@pytest.mark.parametrize(("asked", "more", "message"), REFUSED)
-def test_what_no_table_says_is_refused(asked, more, message):
-    with pytest.raises(ValueError, match=re.escape(message)):
-        rates(REPO_TABLES[asked[0]], *asked[1:], **more)
+PER, AM = module.PER2020_Ind_1o, module.AM92_AF92
 
 
 @pytest.mark.parametrize(
     ("ask", "message"),
     [
+        (lambda: rates(PER, "f", 120, 2026), "PER2020_Ind_1er.orden has ages 0 to 119, not 120"),
+        (lambda: rates(module.GAM71, "f", 4), "GAM71 has ages 5 to 110, not 4"),
+        (lambda: rates(PER, "f", -1, 2026), "has ages 0 to 119, not -1"),
+        (lambda: rates(PER, "w", 65, 2026), 'sex is "m" or "f", not \'w\''),
+        (lambda: rates(PER, "f", 65), "PER2020_Ind_1er.orden improves from 2012 on: name a year"),
+        (lambda: rates(PER, "f", 65, 2011), "begins in 2012, 2011 is too early"),
+        (lambda: rates(module.CB_H_2020, "f", 65, 2026), "HOMBRES has no qx_f, but qx_m, mi_m"),
+        (lambda: rates(module.IASS90, "m", 40), "IASS-90 has no qx_m, but ix_m"),
+        (lambda: rates(PER, "f", 65, 2026, selected=65), "no rates of 0 years since selection"),
+        (lambda: rates(AM, "f", 40, selected=41), "selected at 41: before names the table"),
+        (lambda: rates(AM, "f", 40, before=module.GAM71), "before what?"),
         (lambda: annuity_due([1.0, 0.0], 2), "interest is decimal, 0.02 for 2 %, not 2"),
         (lambda: assurance([1.0, 0.0], float("nan")), "not nan"),
         (lambda: annuity_due([1.0, 0.0], 0.02, -1), "no number of years: -1 after 0"),
         (lambda: life.pure_endowment([1.0], 0.02, -1), "no number of years: 1 after -1"),
-        (lambda: rate(module.AM92_AF92, "m", 40, since=-1), "no rates of -1 years since"),
+        (lambda: rate(AM, "m", 40, since=-1), "no rates of -1 years since"),
         (lambda: life.damped(module.DAV2004R_Agg_2o, 25, 25), "falls from 25 to 25 years on"),
         (lambda: life.damped(module.DAV2004R_Agg_1o, 5, 25), "no trend of DAV 2004 R Agg"),
     ],
 )
-def test_what_makes_no_sense_is_refused(ask, message):
+def test_what_no_table_says_or_makes_no_sense_is_refused(ask, message):
     with pytest.raises(ValueError, match=re.escape(message)):
         ask()

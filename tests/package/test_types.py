@@ -124,34 +124,32 @@ def environment(request, tmp_path_factory):
 
 
 def check(folder, *command):
-    """What a checker prints. It finds the module by the interpreter of the environment alone."""
+    """What a checker prints of these files, in the environment that has the module."""
+    files = [*folder.glob("*.py"), *folder.glob("examples/*.py")]
+    # It finds the module by the interpreter of the environment alone.
     bare = {key: value for key, value in os.environ.items() if key != "PYTHONPATH"}
     done = subprocess.run(
-        command, cwd=folder, env=bare, capture_output=True, text=True, check=False, timeout=300
-    )
+        [*command, folder / "venv" / "bin" / "python", *files], cwd=folder, env=bare,
+        capture_output=True, text=True, check=False, timeout=300,
+    )  # fmt: skip
     assert done.returncode in (0, 1), done.stdout + done.stderr
-    return done.stdout
-
-
-def files(folder):
-    return [*folder.glob("*.py"), *folder.glob("examples/*.py")]
+    return done.stdout, len(files)
 
 
 def mypy(folder):
     """The errors of mypy --strict: file name, line, message."""
-    python = folder / "venv" / "bin" / "python"
-    options = ("--strict", "--python-executable", python)
-    output = check(folder, sys.executable, "-m", "mypy", *options, *files(folder))
-    assert f"(checked {len(files(folder))} source files)" in output, output
+    command = sys.executable, "-m", "mypy", "--strict", "--python-executable"
+    output, number = check(folder, *command)
+    assert f"(checked {number} source files)" in output, output
     errors = re.findall(r"^(?:.*/)?(\w+\.py):(\d+): error: (.*)$", output, re.M)
     return [(name, int(line), message) for name, line, message in errors]
 
 
 def pyright(folder):
     """The errors and warnings of pyright: file name, line, message."""
-    python = folder / "venv" / "bin" / "python"
-    report = json.loads(check(folder, "node", PYRIGHT, "--outputjson", "--pythonpath", python))
-    assert report["summary"]["filesAnalyzed"] == len(files(folder))
+    output, number = check(folder, "node", PYRIGHT, "--outputjson", "--pythonpath")
+    report = json.loads(output)
+    assert report["summary"]["filesAnalyzed"] == number
     return [
         (Path(each["file"]).name, each["range"]["start"]["line"] + 1, each["message"])
         for each in report["generalDiagnostics"]
