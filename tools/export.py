@@ -31,7 +31,6 @@ KINDS = {"q": "death", "i": "disability", "o": "exit", "m": "improvement"}
 MARKS = ("reconstructed", "doubtful", "completed")
 GRADES = ["published", "computed", *reversed(MARKS), "invented"]
 SEXES = {"m": "male", "f": "female"}
-# How a rate q of the base year becomes that of a calendar year: by formula and shape of mi.
 # What a rate q of the base year is in a calendar year, in Python: by formula and shape of mi.
 EXPRESSIONS = {
     (None, None): "q",

@@ -12,33 +12,18 @@ from tools.verify.printed import (
 )
 
 PER_MILLE = "GXMF_80_95.csv"
-# Each by its head: name of the document, and table and column of each cell.
-TEXTS: dict[tuple[str, ...], tuple[str, list[tuple[str, str]]]] = {
-    ("Edad", "Hombre qx", "Mujer qx"): (
-        "PASEM2010.csv",
-        [("PASEM2010", "qx_m"), ("PASEM2010", "qx_f")],
-    ),
-    ("Edad", "ix ind Hombre", "iy ind Mujer", "ix col Hombre", "iy col Mujer"): (
+# Each by its head: name of the document, and the columns of its cells.
+TEXTS = {
+    "Edad,Hombre qx,Mujer qx": ("PASEM2010.csv", "PASEM2010 qx_m, PASEM2010 qx_f"),
+    "Edad,ix ind Hombre,iy ind Mujer,ix col Hombre,iy col Mujer": (
         "PEAIMF2007.csv",
-        [
-            ("PEAI2007_IAP_Ind", "ix_m"),
-            ("PEAI2007_IAP_Ind", "ix_f"),
-            ("PEAI2007_IAP_Col", "ix_m"),
-            ("PEAI2007_IAP_Col", "ix_f"),
-        ],
+        "PEAI2007_IAP_Ind ix_m, PEAI2007_IAP_Ind ix_f, "
+        "PEAI2007_IAP_Col ix_m, PEAI2007_IAP_Col ix_f",
     ),
-    ("edad", "GKF_95", "GKM_95", "GRF_95", "GRM_95", "GKF_80", "GKM_80", "GRF_80", "GRM_80"): (
+    "edad,GKF_95,GKM_95,GRF_95,GRM_95,GKF_80,GKM_80,GRF_80,GRM_80": (
         PER_MILLE,
-        [
-            ("GKMF95", "qx_f"),
-            ("GKMF95", "qx_m"),
-            ("GRMF95", "qx_f"),
-            ("GRMF95", "qx_m"),
-            ("GKMF80", "qx_f"),
-            ("GKMF80", "qx_m"),
-            ("GRMF80", "qx_f"),
-            ("GRMF80", "qx_m"),
-        ],
+        "GKMF95 qx_f, GKMF95 qx_m, GRMF95 qx_f, GRMF95 qx_m, "
+        "GKMF80 qx_f, GKMF80 qx_m, GRMF80 qx_f, GRMF80 qx_m",
     ),
 }
 GAM = {"gam_71_male.csv": "qx_m", "gam_71_female.csv": "qx_f"}  # told apart by name only
@@ -52,14 +37,15 @@ def identify(form: str, content: Any, file_name: str) -> str | None:
         return None
     if content[0] == ["age", "qx"] and file_name in GAM:
         return file_name
-    return TEXTS.get(tuple(content[0]), (None,))[0]
+    return TEXTS.get(",".join(content[0]), (None,))[0]
 
 
 def read(name: str, content: Any) -> list[Printed]:
     if isinstance(content, dict):
         return [frame(content, name.removesuffix(".rda"))]
-    columns = [("GAM71", GAM[name])] if name in GAM else TEXTS[tuple(content[0])][1]
-    printed = [Printed(*column, "second source") for column in columns]
+    columns = f"GAM71 {GAM[name]}" if name in GAM else TEXTS[",".join(content[0])][1]
+    pairs = map(str.split, columns.split(", "))
+    printed = [Printed(table, key, "second source") for table, key in pairs]
     for number, row in enumerate(content[1:], 2):
         age = age_of(row[0], f"line {number}")
         if len(row) != len(printed) + 1:
