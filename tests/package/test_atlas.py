@@ -20,7 +20,7 @@ import life
 from columns import SYNTHETIC, lists_of
 from marlune.tables.data_tables import REPO_TABLES
 from tools import TOP, export
-from tools.atlas.browser import browser, open_view
+from tools.atlas.browser import PICTURES, browser, open_view
 from tools.atlas.contents import contents
 from tools.atlas.page import page
 
@@ -246,8 +246,10 @@ class Atlas:
 @pytest.fixture(scope="module")
 def atlas(tmp_path_factory):
     file = tmp_path_factory.mktemp("atlas") / "atlas.html"
-    command = [sys.executable, "-m", "tools.atlas", str(file)]
+    pictures = file.parent / "made" / "on the way"
+    command = [sys.executable, "-m", "tools.atlas", str(file), "--pictures", str(pictures)]
     subprocess.run(command, check=True, capture_output=True)
+    assert {picture.name for picture in pictures.iterdir()} == set(PICTURES)
     assert file.read_text("utf-8") == page()  # built twice, the same
     driver = browser(file.parent)
     try:

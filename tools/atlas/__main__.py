@@ -62,6 +62,7 @@ def main():
     options.file.write_text(text, encoding="utf-8")
     print(f"atlas: {options.file}, {len(text.encode()) // 1024} KiB")
     if options.pictures:
+        options.pictures.mkdir(parents=True, exist_ok=True)
         paint(options.file, options.pictures)
 
 

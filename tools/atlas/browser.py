@@ -77,6 +77,6 @@ def paint(file, folder):
                 if name == "atlas-tooltip.png":
                     plot = driver.find_element("css selector", "#rates .u-over")
                     ActionChains(driver).move_to_element(plot).perform()
-                driver.save_screenshot(str(folder.resolve() / name))
+                (folder / name).write_bytes(driver.get_screenshot_as_png())
         finally:
             driver.quit()
