@@ -21,6 +21,10 @@ from pathlib import Path
 from snippets import run
 
 NAME = "marlune.tables.data_tables"
+REFUSED = (
+    "ImportError: Interpreter change detected - this module can only be loaded into one"
+    " interpreter per process."
+)
 SANITIZED = "libasan" in os.environ.get("LD_PRELOAD", "")
 
 

@@ -10,7 +10,7 @@ from pathlib import Path
 import pytest
 
 from compiler import SOURCE
-from harness import NAME
+from harness import NAME, REFUSED
 
 COMMON = f"""
 import builtins, importlib, sys
@@ -30,10 +30,6 @@ def outcome_in(other, before=""):
 """
 FAIL = "kept = zip; del builtins.zip; print(outcome()); builtins.zip = kept"
 OTHER = 'print(outcome_in(_interpreters.create("legacy")))'
-REFUSED = (
-    "ImportError: Interpreter change detected - this module can only be loaded into one"
-    " interpreter per process."
-)
 BROKEN = "NameError: name 'zip' is not defined"
 
 

@@ -8,10 +8,6 @@ INTERPRETERS = """
     import _interpreters
     from _interpreters import destroy
     IMPORT = f"import {NAME} as module\\nassert list(vars(module))[-1] == '__test__'"
-    REFUSED = (
-        "ImportError: Interpreter change detected - this module can only be loaded into one"
-        " interpreter per process."
-    )
     OWN_GIL = f"ImportError: module {NAME} does not support loading in subinterpreters"
     BROKEN = "TypeError: 'NoneType' object is not callable"
     def expect(outcome, interpreter, before=""):
