@@ -633,25 +633,33 @@ def test_a_computed_rate_that_differs_counts(capsys, monkeypatch):
     assert verify.main(["any"]) == 1 and "age 60: printed 0.5" in capsys.readouterr().out
 
 
+def rebooked(content, change):
+    """A workbook with a change."""
+    change(book := openpyxl.load_workbook(io.BytesIO(content)))
+    book.save(packed := io.BytesIO())
+    return packed.getvalue()
+
+
 def test_a_table_that_is_printed_twice_is_compared_twice(tmp_path, capsys):
-    book = openpyxl.load_workbook(io.BytesIO(supervisor(as_printed(chile.NAME))))
-    book["Vejez-Mujeres"]["M1"] = None
-    book.save(packed := io.BytesIO())
-    status, found = run(tmp_path / "edition.xlsx", packed.getvalue(), capsys)
+    printed = supervisor(as_printed(chile.NAME))
+
+    def unnamed(book):
+        book["Vejez-Mujeres"]["M1"] = None
+
+    def renamed(book):
+        book["Sobrevivencia-Hombres"].title = "Sobrevivencia"
+
+    status, found = run(tmp_path / "edition.xlsx", rebooked(printed, unnamed), capsys)
     assert status == 2 and "Vejez-Mujeres!M1: the heads from there are ['']" in found["unreadable"]
-    book["Vejez-Mujeres"]["M1"] = "TABLA RV-2020-MUJERES"
-    book["Sobrevivencia-Hombres"].title = "Sobrevivencia"
-    book.save(packed := io.BytesIO())
-    status, found = run(tmp_path / "edition.xlsx", packed.getvalue(), capsys)
-    assert (
-        status == 2 and "CB_H_2020 qx_m: 111 figures, where 222 are on record" in found["problems"]
-    )
+    status, found = run(tmp_path / "edition.xlsx", rebooked(printed, renamed), capsys)
+    assert status == 2
+    assert "CB_H_2020 qx_m: 111 figures, where 222 are on record" in found["problems"]
 
 
 def test_a_table_that_is_not_there_is_told(tmp_path, capsys):
-    book = openpyxl.load_workbook(io.BytesIO(supervisor(as_printed(chile.NAME))))
-    del book["Invalidez-Hombres"]
-    book.save(tmp_path / "edition.xlsx")
+    printed = supervisor(as_printed(chile.NAME))
+    fewer = rebooked(printed, lambda book: book.remove(book["Invalidez-Hombres"]))
+    (tmp_path / "edition.xlsx").write_bytes(fewer)
     assert verify.main([str(tmp_path)]) == 2
     told = capsys.readouterr().out
     assert "WRONG MI_H_2020 qx_m: the document should hold it and does not" in told
@@ -669,10 +677,8 @@ def test_a_table_that_is_not_there_is_told(tmp_path, capsys):
 
 def peai_changed(cell, value):
     """A workbook of PEAIM/F with another value at age 40."""
-    book = openpyxl.load_workbook(io.BytesIO(peai(as_printed("PEAIMF-2007G(colect).xlsx"))))
-    book["Sheet1"].cell(24, cell + 1).value = value
-    book.save(packed := io.BytesIO())
-    return packed.getvalue()
+    printed = peai(as_printed("PEAIMF-2007G(colect).xlsx"))
+    return rebooked(printed, lambda book: setattr(book.active.cell(24, cell + 1), "value", value))
 
 
 @pytest.mark.parametrize("value", [True, "0.000427", xlwt.Formula("1/0"), "2013-01-01"])
