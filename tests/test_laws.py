@@ -181,13 +181,6 @@ def test_am92_select_rates_rise_with_duration_and_end_in_the_ultimate_ones(sex):
     assert first[91 - 17 :] == ultimate[91 - 17 :] and second[92 - 17 :] == ultimate[92 - 17 :]
 
 
-def test_gam94_scale_ends_at_100():
-    for key in ("mi_m", "mi_f"):
-        factors = data("GAM94_AA")[key]
-        assert set(factors[100:]) == {0.0} and len(factors[100:]) == 20
-        assert min(factors[:100]) >= 0.001
-
-
 def gkm80(age):
     """1000 q, as the notes to the Society's table 34058 print it."""
     if age < 31:

@@ -169,15 +169,10 @@ def test_pandas_from_the_files_alone(folder, monkeypatch):
     monkeypatch.chdir(folder)
     names: dict[str, Any] = {"pd": pandas}
     exec(readme_line(folder, "pandas"), names)
-    rates, tables = names["rates"], pandas.read_csv("tables.csv").set_index("name")
+    rates = names["rates"]
     assert [value.hex() for value in rates["value"]] == [
         float(row["value"]).hex() for row in rows_of(folder, "rates")
     ]
-    per = rates[(rates.table == "PER2020_Ind_1o") & (rates.sex == "female") & (rates.age >= 65)]
-    q, mi = (per[per.kind == kind]["value"].to_numpy() for kind in ("death", "improvement"))
-    years = pandas.Series(range(len(q))) + 2026 - tables.base_year["PER2020_Ind_1o"]
-    improved = q / tables.decrement_scale_factor["PER2020_Ind_1o"] * (-mi * years).map(math.exp)
-    assert f"{life.annuity_due(life.survival(improved), 0.02):.6f}" == "22.503445"
     am92 = rates[(rates.table == "AM92_AF92") & (rates.sex == "male")]
     by_duration = am92.set_index(["duration", "age"])["value"]
     select = [by_duration["0", 40], by_duration["1", 41], *by_duration["ult"].loc[42:]]

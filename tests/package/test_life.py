@@ -150,16 +150,6 @@ def test_laws_of_every_table():
     assert met == sum(2 - name.endswith(("Sm", "Sf")) for name in REPO_TABLES) - 5
 
 
-@pytest.mark.parametrize("name", ["AM92_AF92", "DAV2004R_SelUlt_1o", "DAV2004R_SelUlt_2o"])
-def test_selection_wears_off(name):
-    table = REPO_TABLES[name]
-    ago = range(table["select_period"] + 2)
-    lives = [rates(table, "m", 60, 2026, selected=60 - years) for years in ago]
-    by_years = [life.expectation(survival(q)) for q in lives]
-    assert by_years == sorted(by_years, reverse=True) and by_years[0] > by_years[-2]
-    assert by_years[-1] == life.expectation(survival(rates(table, "m", 60, 2026)))
-
-
 # ---- what is refused ----
 
 PER, AM = module.PER2020_Ind_1o, module.AM92_AF92
