@@ -102,20 +102,6 @@ def test_dav_ultimate_rates_are_the_aggregate_ones_from_age_100(sex, order):
     assert equal == ([38] if (order, sex) == ("2o", "f") else [])
 
 
-def test_dav_trends_are_constant_at_young_and_old_ages():
-    first, second = data("DAV2004R_Agg_1o"), data("DAV2004R_Agg_2o")
-    for rates, young, low, high, old in (
-        (first["MI_m"], 0.03303985, 23, 96, 0.01257878),
-        (first["MI_f"], 0.03303985, 23, 98, 0.01257878),
-        (second["MI_m"][2004], 0.03045921, 23, 96, 0.01005034),
-        (second["MI_f"][2004], 0.03045921, 23, 98, 0.01005034),
-        (second["MI_m"][2024], 0.02275699, 22, 89, 0.00752827),
-        (second["MI_f"][2024], 0.02275699, 23, 98, 0.00752827),
-    ):
-        assert set(rates[:low]) == {young} and set(rates[high + 1 : 121]) == {old}
-        assert young not in rates[low : high + 1] and old not in rates[low : high + 1]
-
-
 def annual(rate):
     """The annual reduction of mortality that a trend, a force, stands for."""
     return 1 - math.exp(-rate)
