@@ -14,6 +14,7 @@ from decimal import Decimal
 import pytest
 
 import marlune.tables.data_tables as module
+from columns import lists_of
 from marlune.tables.data_tables import REPO_TABLES
 from tools import TOP, links
 
@@ -71,7 +72,7 @@ def life():
 
 def arrays_and_frames():
     rates = sum(
-        (table["omega"] - table["start_age"] + 1) * (1 if isinstance(column, list) else len(column))
+        (table["omega"] - table["start_age"] + 1) * len(lists_of(column))
         for table in REPO_TABLES.values()
         for column in table["data"].values()
     )
@@ -112,9 +113,8 @@ def test_frames_hold_every_rate_at_its_age():
         made = frame(table)
         assert made.index[[0, -1]].tolist() == [table["start_age"], table["omega"]], name
         for key, column in table["data"].items():
-            lists = {"": column} if isinstance(column, list) else column
-            for label, rates in lists.items():
-                assert made.pop((key, label)).tolist() == rates, (name, key, label)
+            for path, rates in lists_of(column):
+                assert made.pop((key, *(path or [""]))).tolist() == rates, (name, key, path)
         assert made.empty, name
 
 
@@ -157,7 +157,7 @@ def test_code_in_documents_prints_what_it_says(document):
 def test_figures_in_running_text_are_those_of_the_module():
     tables = REPO_TABLES.values()
     columns = [column for table in tables for column in table["data"].values()]
-    lists = [each for c in columns for each in ([c] if isinstance(c, list) else c.values())]
+    lists = [rates for column in columns for _, rates in lists_of(column)]
     once = {id(each): each for each in lists}.values()
     floats = [rate for each in once for rate in each if isinstance(rate, float)]
     starts = sorted({table["start_age"] for table in tables})
