@@ -114,11 +114,8 @@ def lives():
                     age = 60 if table["omega"] < 200 else 150
                     year = table.get("base_year") and table["base_year"] + 30
                     selected = age if "select" in table else None
-                    yield (
-                        name,
-                        sex,
-                        rates(table, sex, age, year, selected=selected, decrement=decrement),
-                    )
+                    q = rates(table, sex, age, year, selected=selected, decrement=decrement)
+                    yield name, sex, q
 
 
 def test_laws_of_every_table():

@@ -17,13 +17,7 @@ import pytest
 import xlwt
 
 import tools.verify.__main__ as verify
-from tools.verify import (
-    chile,
-    compare,
-    formats,
-    record,
-    spain_boe,
-)
+from tools.verify import chile, compare, formats, record, spain_boe
 from tools.verify.compare import HELD
 from tools.verify.printed import Printed
 

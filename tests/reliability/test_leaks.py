@@ -39,19 +39,17 @@ def build_with(replacement):
         module._dav_mi_linear = blend
 
 
+WRONG = (
+    "", "[], [], []", "[], target=[]", "[], mi_start=[]", "mi_ziel=[]", "[], (0.1,)",
+    "type('Rates', (list,), {})(), []",
+)  # fmt: skip
 CALLS = {
     "floats": (lambda: blend([0.1, 0.2], [0.3, 0.4, 0.5]), None),
     "ints and others": (lambda: blend([1, Sour(99), True], [0.5, 2, 10**40]), None),
     "keywords": (lambda: blend(mi_ziel=[0.1], mi_start=[0.2]), None),
     "build": (build, None),
     "build with another blend": (lambda: build_with(lambda start, target: start), None),
-    "no arguments": (blend, TypeError),
-    "three arguments": (lambda: blend([], [], []), TypeError),
-    "unknown keyword": (lambda: blend([], target=[]), TypeError),
-    "argument given twice": (lambda: blend([], mi_start=[]), TypeError),
-    "one by keyword": (lambda: blend(mi_ziel=[]), TypeError),
-    "no list": (lambda: blend([], (0.1,)), TypeError),
-    "subclass": (lambda: blend(type("Rates", (list,), {})(), []), TypeError),
+    **{wrong: (eval(f"lambda: blend({wrong})"), TypeError) for wrong in WRONG},
     "no number": (lambda: blend([0.1, 0.2, "x"], [0.3, 0.4, "y"]), TypeError),
     "sour difference": (lambda: blend([0.1] * 9 + [Sour(0)], [0.2] * 10), ArithmeticError),
     "sour product": (lambda: blend([0.1] * 9 + [Sour(1)], [0.2] * 10), ArithmeticError),
