@@ -222,7 +222,7 @@ AREAS = {
     "tools": Area(
         "tools/|examples/",
         ("tools/provenance.py", "tools/changelog.py", "tools/export.py", "examples/life.py"),
-        of_package("provenance", "packaging", "export", "life", "examples"),
+        of_package("provenance", "packaging", "export", "life", "examples", "verify"),
         0.85,
     ),
 }
