@@ -23,6 +23,8 @@ from tools import TOP
 from tools.verify.page import page_of
 from tools.verify.printed import Printed, UnreadableError, age_of, figure_of
 
+# Double underscores are reserved in C++; other names are those of what is no published table.
+NAME = r"(?!Dummy|REPO_TABLES$)[A-Z][A-Za-z0-9]*(_[A-Za-z0-9]+)*"
 SEXES = {"m": "Males", "f": "Females"}
 HEADER = """\
 #pragma once
@@ -84,7 +86,8 @@ class Table:
     @property
     def durations(self) -> list[str]:
         """Those of a select table, without the ultimate one."""
-        labels = (each.column.partition(".")[2] for each in self.of(self.keys[0]))
+        decrements = next(key for key in self.keys if key[:2].lower() != "mi")
+        labels = (each.column.partition(".")[2] for each in self.of(decrements))
         return [label for label in labels if label not in ("", "ult")]
 
     @property
@@ -102,7 +105,7 @@ def figures_of(path: Path, name: str) -> list[Printed]:
 
         return [each for each in read(path)[2] if each.table == name and not each.computed]
     with path.open(encoding="utf-8-sig", newline="") as file:
-        head, *rows = csv.reader(file)
+        head, *rows = [*csv.reader(file)] or [[]]
     if head[:1] != ["age"]:
         raise UnreadableError(f"{path}: the first column is not age")
     columns = [Printed(name, column.strip(), "") for column in head[1:]]
@@ -112,12 +115,14 @@ def figures_of(path: Path, name: str) -> list[Printed]:
             raise UnreadableError(f"{where}: {len(row)} cells under {len(head)} heads")
         age = age_of(row[0], where)
         for column, text in zip(columns, row[1:]):
+            if age < max(column.figures, default=0):
+                raise UnreadableError(f"{where}: age {age} stands after a higher one")
             column.add(age, figure_of(text, where), where)
     return columns
 
 
 def expect_whole(table: Table) -> None:
-    """Refuses columns that make no table; whether the rates can be so is for the compiler."""
+    """Refuses columns that make no table; how rates follow each other is for the compiler."""
     names = [each.column for each in table.columns]
     if not names or not table.ages:
         raise UnreadableError(f"no figures of {table.name} in there")
@@ -130,6 +135,22 @@ def expect_whole(table: Table) -> None:
     for column in table.columns:
         if sorted(column.figures) != list(range(first, last + 1)):
             raise UnreadableError(f"{column.column} has not one figure for each age {first}-{last}")
+        per_mille = table.options.per_mille and column.column[:2].lower() != "mi"
+        for age, figure in column.figures.items():
+            if figure > (1000 if per_mille else 1):
+                hint = "" if per_mille else " (rates per mille take --per-mille)"
+                raise UnreadableError(f"{column.column}, age {age}: {figure} is no rate{hint}")
+    labels = {key: [each.column.partition(".")[2] for each in table.of(key)] for key in table.keys}
+    if any("" in of and len(of) > 1 for of in labels.values()):
+        raise UnreadableError("a column stands both with and without durations or years")
+    decrements = [of for key, of in labels.items() if key[:2].lower() != "mi"]
+    if not decrements:
+        raise UnreadableError("there are no decrement rates")
+    period = table.durations
+    begins = int(period[0]) if period else 0
+    whole = [*map(str, range(begins, begins + len(period))), "ult"] if period else [""]
+    if any(of != whole for of in decrements):
+        raise UnreadableError("a select table has, for each sex, durations in order, then ult")
     improves = any(key[:2].lower() == "mi" for key in table.keys)
     wanted = {"--base-year": table.options.base_year, "--formula": table.options.formula}
     for option, value in wanted.items():
@@ -258,6 +279,20 @@ def texts_of(table: Table) -> dict[Path, str]:
     }
 
 
+def write(texts: dict[Path, str]) -> None:
+    """Writes all files, or none: what can fail comes first."""
+    partial = {path: path.with_name(path.name + ".partial") for path in texts}
+    try:
+        for path, text in texts.items():
+            partial[path].write_text(text, "utf-8")
+        for path in texts:
+            os.replace(partial[path], path)
+            print(path.relative_to(TOP))
+    finally:
+        for each in partial.values():
+            each.unlink(missing_ok=True)
+
+
 def main(arguments: list[str]) -> int:
     parser = argparse.ArgumentParser(
         prog="./dev add-table", description=__doc__, formatter_class=argparse.RawTextHelpFormatter
@@ -275,24 +310,18 @@ def main(arguments: list[str]) -> int:
     options = parser.parse_args(arguments)
     family = options.family or options.name.lower()
     try:
-        if not re.fullmatch(r"[A-Z][A-Za-z0-9_]*", options.name):
+        if not re.fullmatch(NAME, options.name):
             raise UnreadableError(f"{options.name!r} is no name of a table")
-        if not re.fullmatch(r"[a-z][a-z0-9_]*", family):
+        if not re.fullmatch(r"(?!(declared|documents|synthetic)$)[a-z][a-z0-9_]*", family):
             raise UnreadableError(f"{family!r} is no name of files")
         if f'"{options.name}"' in (TOP / "tables" / "inventory.hpp").read_text("utf-8"):
             raise UnreadableError(f"there is a table {options.name}")
         table = Table(options.name, family, options, figures_of(options.file, options.name))
         expect_whole(table)
-        texts = texts_of(table)
+        write(texts_of(table))
     except (UnreadableError, OSError, UnicodeDecodeError, csv.Error) as error:
         print(f"add-table: {error}", file=sys.stderr)
         return 2
-    # What can fail comes first.
-    for path, text in texts.items():
-        path.with_name(path.name + ".partial").write_text(text, "utf-8")
-    for path in texts:
-        os.replace(path.with_name(path.name + ".partial"), path)
-        print(path.relative_to(TOP))
     return 0
 
 

@@ -54,6 +54,15 @@ def test_guide_leads_to_the_table(tmp_path):
         ("age,qx_m\n65,0.1\n", "GAM71", "there is a table GAM71"),
         ("age,qx_m\n65,0.1\n", "x;", "'x;' is no name of a table"),
         (None, "", "No such file"),
+        ("", "", "the first column is not age"),
+        ("age,qx_m\n66,1\n65,0.1\n", "", "line 3: age 65 stands after a higher one"),
+        ("age,qx_m\n65,5.1\n", "", "qx_m, age 65: 5.1 is no rate (rates per mille take"),
+        ("age,qx_m\n65,1001\n", "--per-mille", "qx_m, age 65: 1001 is no rate\n"),
+        ("age,qx_m,qx_m.0\n65,0.1,0.1\n", "", "both with and without durations"),
+        ("age,qx_m.ult\n65,0.1\n", "", "a select table has, for each sex"),
+        ("age,mi_m\n65,0\n", "--base-year=2020", "no decrement rates"),
+        ("age,qx_m\n65,0.1\n", "DummyX", "'DummyX' is no name of a table"),
+        ("age,qx_m\n65,0.1\n", "--family=documents", "'documents' is no name of files"),
     ],
 )
 def test_what_makes_no_table_is_refused(text, options, message, tmp_path, monkeypatch, capsys):
@@ -63,3 +72,10 @@ def test_what_makes_no_table_is_refused(text, options, message, tmp_path, monkey
     named = [options] if options and options[0] != "-" else ["X", *options.split()]
     assert add_table.main([named[0], str(tmp_path / "x.csv"), *named[1:], "--description=x"]) == 2
     assert message in capsys.readouterr().err
+
+
+def test_nothing_is_left_where_a_file_cannot_be_written(tmp_path):
+    (tmp_path / "in.toml.partial").mkdir()
+    with pytest.raises(IsADirectoryError):
+        add_table.write({tmp_path / name: "" for name in ("in.hpp", "in.toml", "body.hpp")})
+    assert [path.name for path in tmp_path.iterdir()] == ["in.toml.partial"]
