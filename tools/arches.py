@@ -86,8 +86,7 @@ def built(folder: Path, name: str, triplet: str, system: str) -> Path:
     """The interpreter of an architecture, which imports the module built into the folder."""
     if name == "wasm32":
         python = script(folder / "python", f'PYTHONPATH="{folder}" {wasm.command(system)} "$@"')
-        os.environ["EM_CACHE"] = str(folder / "emscripten")
-        run("emcmake", *configure(folder), *wasm.options(folder, python, run))
+        run(*configure(folder), *wasm.options(folder, python, run))
         run("cmake", "--build", folder)
         return python
     python = emulated(folder / "python", name, system, folder)

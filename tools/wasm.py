@@ -6,6 +6,7 @@ interpreter says of itself.
 """
 
 import json
+import os
 import shutil
 import sysconfig
 from collections.abc import Callable
@@ -42,10 +43,21 @@ def headers(folder: Path, settings: dict[str, object]) -> Path:
     return folder
 
 
+def platform(pyodide: str) -> str:
+    """What the packages for that interpreter are tagged with."""
+    said = json.loads((Path(pyodide) / "pyodide-lock.json").read_text("utf-8"))["info"]
+    return f"pyemscripten-{said['abi_version']}-{said['arch']}"
+
+
 def options(folder: Path, python: Path, run: Run) -> list[str]:
     """What CMake is told in order to build for that interpreter."""
+    # Emscripten's libraries are made once.
+    os.environ["EM_CACHE"] = str(TOP / "build" / "emscripten")
+    toolchain = run("em-config", "EMSCRIPTEN_ROOT") + "/cmake/Modules/Platform/Emscripten.cmake"
     settings = json.loads(run(python, "-c", SAID))
     return [
+        f"-DCMAKE_TOOLCHAIN_FILE={toolchain}",
+        f"-DCMAKE_CROSSCOMPILING_EMULATOR={shutil.which('node')}",
         f"-DPython_EXECUTABLE={python}",
         f"-DPython_INCLUDE_DIR={headers(folder / 'include', settings)}",
         f"-DCMAKE_CXX_FLAGS={settings['CONFIGURE_CFLAGS']}",

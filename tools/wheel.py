@@ -8,7 +8,8 @@ twice, and have to come out the same to the byte.
 
 ./dev wheel --for ARCHITECTURE [FOLDER] makes the wheel for another one, from a source distribution
 of its own that is not kept. There is no tested module to compare with: it is imported under the
-emulator, as ./dev arches does, and kept if the digests are as they have to be.
+emulator, as ./dev arches does, and kept if the digests are as they have to be. That for wasm32 is
+installed by the loader of Pyodide, for whose Python it is.
 """
 
 import importlib.util
@@ -29,7 +30,7 @@ from zipfile import ZipFile
 import scikit_build_core
 
 from marlune.tables import data_tables
-from tools import TOP, arches, export
+from tools import TOP, arches, export, wasm
 from tools.digest import digest_of
 
 # Where Python finds what builds the wheel.
@@ -115,13 +116,15 @@ def system_tag(wheel: Path) -> tuple[str, list[str]]:
     return f"manylinux_{major}_{minor}_{machine}", sorted(names)
 
 
-def make_wheel(source: Path, folder: Path, python: str | Path = sys.executable) -> Path:
+def make_wheel(
+    source: Path, folder: Path, python: str | Path = sys.executable, *settings: str
+) -> Path:
     """The wheel that pip builds from a source distribution or a folder, and fetches nothing."""
     with TemporaryDirectory() as made:
-        options = ("--no-index", "--no-build-isolation", "--wheel-dir", made)
+        options = ("--no-index", "--no-build-isolation", "--wheel-dir", made, *settings)
         pip("wheel", *options, source, python=python)
         (wheel,) = Path(made).iterdir()
-        if not wheel.stem.endswith("-any"):
+        if "linux_" in wheel.stem:
             systems, names = system_tag(wheel)
             run(
                 sys.executable, "-m", "wheel",
@@ -215,17 +218,30 @@ def prove_installation(wheel: Path, rest: Path) -> None:
         assert not left, f"left behind: {left}"
 
 
+def make_and_load(name: str, system: str, home: Path) -> tuple[Path, Path]:
+    """The wheel for another architecture, and an interpreter of that one which finds it."""
+    source = make_source_distribution(home)
+    if name != "wasm32":
+        # There, too, the back end and what it needs are those of this machine.
+        python = arches.emulated(home / "build" / "python", name, system, BACK_END)
+        wheel = make_wheel(source, home / "wheel", python)
+        with ZipFile(wheel) as archive:
+            archive.extractall(home / "installed")
+        return wheel, arches.emulated(home / "python", name, system, home / "installed")
+    # Pyodide's interpreter starts no processes: this machine's runs pip and the back end.
+    os.environ["_PYTHON_HOST_PLATFORM"] = wasm.platform(system)
+    asked = arches.script(home / "asked", f'{wasm.command(system)} "$@"')
+    told = ";".join(wasm.options(home, asked, arches.run))
+    wheel = make_wheel(source, home / "wheel", sys.executable, f"-Ccmake.args={told}")
+    loaded = f'DATA_TABLES_WHEEL="{wheel}" {wasm.command(system)} "$@"'
+    return wheel, arches.script(home / "python", loaded)
+
+
 def make_for(name: str, system: str, folder: Path) -> None:
     """The wheel for another architecture, built with the compiler and flags of the environment."""
     expected = digest_of(data_tables)[0]
     with TemporaryDirectory() as made:
-        home = Path(made).resolve()
-        # There, too, the back end and what it needs are those of this machine.
-        python = arches.emulated(home / "build" / "python", name, system, BACK_END)
-        wheel = make_wheel(make_source_distribution(home), home / "wheel", python)
-        with ZipFile(wheel) as archive:
-            archive.extractall(home / "installed")
-        python = arches.emulated(home / "python", name, system, home / "installed")
+        wheel, python = make_and_load(name, system, Path(made).resolve())
         found, wrong = arches.compared(python, expected)
         print(f"As it is, by every rule, control: {', '.join(found)}.")
         if wrong:

@@ -37,7 +37,13 @@ wheel_command() {
     return
   fi
   local name=${2:-} system compiler for
-  [ -n "${triplet[$name]:-}" ] || fail "--for is followed by one of ${!triplet[*]}, not by ${name@Q}"
+  if [ "$name" = wasm32 ]; then
+    need package to-wasm32
+    build release
+    tool_of release wheel --for wasm32 "$DATA_TABLES_NPM/pyodide" "${@:3}"
+    return
+  fi
+  [ -n "${triplet[$name]:-}" ] || fail "--for is followed by one of ${arches[*]}, not by ${name@Q}"
   for=${triplet[$name]}
   shift 2
   extract_packages "$suite" "$name" python3.14-minimal libpython3.14-dev
